@@ -1,0 +1,101 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/NFile.h"
+#include "platform/NStatus.h"
+
+enum class NOpenMode {
+  kExistingOnly,     // fails with kFileNotFound / kPathNotFound when missing
+  kCreateIfMissing,  // opens an existing file as it is, or creates it empty
+  kCreateAlways,     // creates the file, or cuts an existing one to length 0
+};
+
+enum class NFileAccess { kRead, kReadWrite };
+
+// Which other openers may use the file meanwhile. POSIX has no share modes
+// and ignores them; Windows enforces them.
+enum NShareFlags : unsigned {
+  kShareNone = 0,
+  kShareRead = 1,
+  kShareWrite = 2,
+  kShareDelete = 4,
+  kShareAll = kShareRead | kShareWrite | kShareDelete,
+};
+
+// Access for files and folders that are created. On POSIX it becomes a file
+// mode applied whatever the umask; an existing file's mode is never widened.
+enum class NFileSecurity {
+  kDefault,    // the platform's default for new files
+  kOwnerOnly,  // files 0600 and folders 0700 on POSIX; owner-only on Windows
+};
+
+struct NOpenOptions {
+  NOpenMode mode = NOpenMode::kExistingOnly;
+  NFileAccess access = NFileAccess::kRead;
+  unsigned share = kShareAll;
+  NFileSecurity security = NFileSecurity::kDefault;
+  // Refuse to open through a symbolic link at the last component.
+  bool noFollow = false;
+};
+
+enum class NPathKind { kNone, kFile, kFolder, kOther };
+
+struct NFolderEntry {
+  std::u16string name;
+  NPathKind kind = NPathKind::kOther;  // a symbolic link is kOther, whatever it points to
+};
+
+// Everything the library needs from the operating system, behind one
+// interface so that tests can substitute an in-memory or fault-injecting
+// platform and so that no code above this layer knows which system it runs
+// on. Paths are UTF-16; the POSIX layer converts them to UTF-8 at the system
+// call. Implementations are thread-safe.
+class NPlatform {
+ public:
+  NPlatform() = default;
+  NPlatform(const NPlatform&) = delete;
+  NPlatform& operator=(const NPlatform&) = delete;
+  virtual ~NPlatform() = default;
+
+  // The real operating system. Lives for the whole process.
+  static NPlatform& Default();
+
+  virtual NStatus OpenFile(std::u16string_view path, const NOpenOptions& options, std::unique_ptr<NFile>* file) = 0;
+  virtual NStatus DeleteFile(std::u16string_view path) = 0;
+  // Fails when `to` exists.
+  virtual NStatus MoveFile(std::u16string_view from, std::u16string_view to) = 0;
+
+  // Creates one folder; fails with kAlreadyExists when it is there.
+  virtual NStatus CreateFolder(std::u16string_view path, NFileSecurity security = NFileSecurity::kDefault) = 0;
+  // Creates every missing folder of the chain; succeeds when all exist.
+  virtual NStatus CreateFolderChain(std::u16string_view path, NFileSecurity security = NFileSecurity::kDefault);
+  // Removes an empty folder.
+  virtual NStatus RemoveFolder(std::u16string_view path) = 0;
+  // Lists a folder without "." and "..", in the system's order.
+  virtual NStatus ListFolder(std::u16string_view path, std::vector<NFolderEntry>* entries) = 0;
+  // What the path names, without following a symbolic link at its end
+  // (a link is kOther).
+  virtual NPathKind GetPathKind(std::u16string_view path) = 0;
+
+  bool IsFile(std::u16string_view path) { return GetPathKind(path) == NPathKind::kFile; }
+  bool IsFolder(std::u16string_view path) { return GetPathKind(path) == NPathKind::kFolder; }
+
+  // The English text of a system error code (Win32) or of an NTSTATUS value,
+  // with its insertions still in place; false when the system has none.
+  virtual bool LookupSystemMessage(std::uint32_t code, std::u16string* text) = 0;
+  virtual bool LookupNtStatusMessage(std::uint32_t code, std::u16string* text) = 0;
+
+  // Now, as a Windows file time (100 ns units since 1601-01-01, UTC).
+  virtual std::uint64_t CurrentFileTime();
+
+  // The full path of the running program.
+  virtual std::u16string ExecutablePath() = 0;
+
+  // The separator this system uses between path components.
+  virtual char16_t PathSeparator() const = 0;
+};

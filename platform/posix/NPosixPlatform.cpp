@@ -1,0 +1,208 @@
+#include "platform/posix/NPosixPlatform.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <linux/limits.h>
+#include <stdio.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <memory>
+
+#include "platform/NUnicode.h"
+#include "platform/posix/NPosixErrors.h"
+#include "platform/posix/NPosixFile.h"
+#include "platform/posix/NSystemMessageTable.h"
+
+namespace {
+
+constexpr mode_t kOwnerOnlyFile = 0600;
+constexpr mode_t kOwnerOnlyFolder = 0700;
+
+NStatus Failure(const char* operation, std::u16string_view path, int error = errno) {
+  return NStatus::Error(NWin32ErrorFromErrno(error), operation, path);
+}
+
+// A path with an embedded NUL would be cut short by the system call and name
+// another file; refuse it instead.
+bool ToSystemPath(std::u16string_view path, std::string* out) {
+  if (path.find(u'\0') != std::u16string_view::npos || path.empty()) return false;
+  *out = NUtf16ToUtf8(path);
+  return true;
+}
+
+NPathKind KindOf(mode_t mode) {
+  if (S_ISREG(mode)) return NPathKind::kFile;
+  if (S_ISDIR(mode)) return NPathKind::kFolder;
+  return NPathKind::kOther;
+}
+
+int OpenFlags(const NOpenOptions& options) {
+  // O_CLOEXEC: the applications start local shells, which must not inherit
+  // an open key file and the lock on it. O_NONBLOCK keeps a FIFO planted in
+  // the folder from blocking the open; it is cleared once the file is known
+  // to be regular.
+  int flags = O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
+  flags |= options.access == NFileAccess::kRead ? O_RDONLY : O_RDWR;
+  if (options.noFollow) flags |= O_NOFOLLOW;
+  return flags;
+}
+
+// Opens, creating when asked; *created tells whether this call made the file.
+int OpenOrCreate(const std::string& path, const NOpenOptions& options, bool* created) {
+  const int flags = OpenFlags(options);
+  const mode_t mode = options.security == NFileSecurity::kOwnerOnly ? kOwnerOnlyFile : 0666;
+  *created = false;
+  for (;;) {
+    int fd;
+    if (options.mode == NOpenMode::kExistingOnly) {
+      fd = ::open(path.c_str(), flags);
+    } else {
+      fd = ::open(path.c_str(), flags | O_CREAT | O_EXCL, mode);
+      if (fd >= 0) {
+        *created = true;
+      } else if (errno == EEXIST) {
+        fd = ::open(path.c_str(), flags);
+        if (fd < 0 && errno == ENOENT) continue;  // deleted in between: try again
+      }
+    }
+    if (fd < 0 && errno == EINTR) continue;
+    return fd;
+  }
+}
+
+}  // namespace
+
+NPlatform& NPlatform::Default() {
+  static NPosixPlatform platform;
+  return platform;
+}
+
+NStatus NPosixPlatform::OpenFile(std::u16string_view path, const NOpenOptions& options,
+                                 std::unique_ptr<NFile>* file) {
+  std::string systemPath;
+  if (!ToSystemPath(path, &systemPath)) return NStatus::Error(NStatus::kInvalidParameter, "open", path);
+  bool created = false;
+  const int fd = OpenOrCreate(systemPath, options, &created);
+  if (fd < 0) return Failure("open", path, errno == ELOOP && options.noFollow ? EACCES : errno);
+  auto owned = std::make_unique<NPosixFile>(fd, std::u16string(path));
+
+  struct stat st;
+  if (::fstat(fd, &st) != 0) return Failure("open", path);
+  // Windows cannot open a folder as a file; keep the two systems alike.
+  if (!S_ISREG(st.st_mode)) return NStatus::Error(NStatus::kAccessDenied, "open", path);
+  if (::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) & ~O_NONBLOCK) != 0) return Failure("open", path);
+  if (created && options.security == NFileSecurity::kOwnerOnly && ::fchmod(fd, kOwnerOnlyFile) != 0) {
+    return Failure("open", path);  // the umask must not loosen a private file
+  }
+  if (options.mode == NOpenMode::kCreateAlways && !created) {
+    if (NStatus status = owned->Truncate(0); !status) return status;
+  }
+  *file = std::move(owned);
+  return NStatus::Ok();
+}
+
+NStatus NPosixPlatform::DeleteFile(std::u16string_view path) {
+  std::string systemPath;
+  if (!ToSystemPath(path, &systemPath)) return NStatus::Error(NStatus::kInvalidParameter, "delete", path);
+  struct stat st;
+  // Windows refuses DeleteFile on a folder with access denied; unlink would
+  // say EISDIR on Linux but EPERM elsewhere.
+  if (::lstat(systemPath.c_str(), &st) == 0 && S_ISDIR(st.st_mode)) {
+    return NStatus::Error(NStatus::kAccessDenied, "delete", path);
+  }
+  return ::unlink(systemPath.c_str()) == 0 ? NStatus::Ok() : Failure("delete", path);
+}
+
+NStatus NPosixPlatform::MoveFile(std::u16string_view from, std::u16string_view to) {
+  std::string source, target;
+  if (!ToSystemPath(from, &source) || !ToSystemPath(to, &target)) {
+    return NStatus::Error(NStatus::kInvalidParameter, "move", from);
+  }
+  if (::renameat2(AT_FDCWD, source.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0) return NStatus::Ok();
+  if (errno == EEXIST) return NStatus::Error(NStatus::kAlreadyExists, "move", to);
+  if (errno != EINVAL && errno != ENOSYS) return Failure("move", from);
+  // The file system cannot refuse to replace; check first, then rename.
+  struct stat st;
+  if (::lstat(target.c_str(), &st) == 0) return NStatus::Error(NStatus::kAlreadyExists, "move", to);
+  return ::rename(source.c_str(), target.c_str()) == 0 ? NStatus::Ok() : Failure("move", from);
+}
+
+NStatus NPosixPlatform::CreateFolder(std::u16string_view path, NFileSecurity security) {
+  std::string systemPath;
+  if (!ToSystemPath(path, &systemPath)) return NStatus::Error(NStatus::kInvalidParameter, "create folder", path);
+  const bool ownerOnly = security == NFileSecurity::kOwnerOnly;
+  if (::mkdir(systemPath.c_str(), ownerOnly ? kOwnerOnlyFolder : 0777) != 0) {
+    if (errno == EEXIST) return NStatus::Error(NStatus::kAlreadyExists, "create folder", path);
+    return Failure("create folder", path);
+  }
+  if (ownerOnly && ::chmod(systemPath.c_str(), kOwnerOnlyFolder) != 0) return Failure("create folder", path);
+  return NStatus::Ok();
+}
+
+NStatus NPosixPlatform::RemoveFolder(std::u16string_view path) {
+  std::string systemPath;
+  if (!ToSystemPath(path, &systemPath)) return NStatus::Error(NStatus::kInvalidParameter, "remove folder", path);
+  if (::rmdir(systemPath.c_str()) == 0) return NStatus::Ok();
+  if (errno == ENOTDIR) return NStatus::Error(NStatus::kDirectory, "remove folder", path);
+  return Failure("remove folder", path);
+}
+
+NStatus NPosixPlatform::ListFolder(std::u16string_view path, std::vector<NFolderEntry>* entries) {
+  std::string systemPath;
+  if (!ToSystemPath(path, &systemPath)) return NStatus::Error(NStatus::kInvalidParameter, "list folder", path);
+  const int fd = ::open(systemPath.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (fd < 0) return Failure("list folder", path, errno == ENOTDIR ? ENOENT : errno);
+  std::unique_ptr<DIR, int (*)(DIR*)> dir(::fdopendir(fd), ::closedir);
+  if (!dir) {
+    ::close(fd);
+    return Failure("list folder", path);
+  }
+  entries->clear();
+  errno = 0;
+  while (const dirent* entry = ::readdir(dir.get())) {
+    const std::string_view name = entry->d_name;
+    if (name == "." || name == "..") continue;
+    NFolderEntry item{NUtf8ToUtf16(name), NPathKind::kOther};
+    if (entry->d_type == DT_REG) {
+      item.kind = NPathKind::kFile;
+    } else if (entry->d_type == DT_DIR) {
+      item.kind = NPathKind::kFolder;
+    } else if (entry->d_type == DT_UNKNOWN) {
+      struct stat st;
+      if (::fstatat(fd, entry->d_name, &st, AT_SYMLINK_NOFOLLOW) == 0) item.kind = KindOf(st.st_mode);
+    }
+    entries->push_back(std::move(item));
+    errno = 0;
+  }
+  return errno == 0 ? NStatus::Ok() : Failure("list folder", path);
+}
+
+NPathKind NPosixPlatform::GetPathKind(std::u16string_view path) {
+  std::string systemPath;
+  if (!ToSystemPath(path, &systemPath)) return NPathKind::kNone;
+  struct stat st;
+  if (::lstat(systemPath.c_str(), &st) != 0) return NPathKind::kNone;
+  return KindOf(st.st_mode);
+}
+
+bool NPosixPlatform::LookupSystemMessage(std::uint32_t code, std::u16string* text) {
+  std::u16string_view found;
+  if (!NFindWin32Message(code, &found)) return false;
+  text->assign(found);
+  return true;
+}
+
+bool NPosixPlatform::LookupNtStatusMessage(std::uint32_t code, std::u16string* text) {
+  std::u16string_view found;
+  if (!NFindNtStatusMessage(code, &found)) return false;
+  text->assign(found);
+  return true;
+}
+
+std::u16string NPosixPlatform::ExecutablePath() {
+  char buffer[PATH_MAX];
+  const ssize_t n = ::readlink("/proc/self/exe", buffer, sizeof buffer);
+  return n > 0 ? NUtf8ToUtf16(std::string_view(buffer, static_cast<size_t>(n))) : std::u16string();
+}

@@ -1,0 +1,90 @@
+#include <unicode/uchar.h>
+#include <unicode/ucnv.h>
+#include <unicode/ustring.h>
+
+#include <algorithm>
+#include <memory>
+
+#include "platform/NUnicode.h"
+
+namespace {
+
+constexpr UChar32 kReplacement = 0xFFFD;
+
+const UChar* AsUChar(const char16_t* p) { return reinterpret_cast<const UChar*>(p); }
+UChar* AsUChar(char16_t* p) { return reinterpret_cast<UChar*>(p); }
+
+// ICU signals a short buffer with the needed length; strings here are small,
+// so one preflight-free attempt with a worst-case buffer is cheapest.
+std::u16string Utf8ToUtf16(std::string_view utf8, UErrorCode* status, UChar32 sub) {
+  std::u16string out(utf8.size(), u'\0');  // a UTF-8 byte never yields more than one unit
+  int32_t length = 0;
+  u_strFromUTF8WithSub(AsUChar(out.data()), static_cast<int32_t>(out.size()), &length, utf8.data(),
+                       static_cast<int32_t>(utf8.size()), sub, nullptr, status);
+  out.resize(U_SUCCESS(*status) ? static_cast<size_t>(length) : 0);
+  return out;
+}
+
+std::u16string FromWindows1252(std::string_view bytes) {
+  UErrorCode status = U_ZERO_ERROR;
+  std::unique_ptr<UConverter, void (*)(UConverter*)> conv(ucnv_open("windows-1252", &status), ucnv_close);
+  if (U_FAILURE(status)) return std::u16string(bytes.begin(), bytes.end());
+  std::u16string out(bytes.size(), u'\0');  // single-byte code page: one unit per byte
+  int32_t length = ucnv_toUChars(conv.get(), AsUChar(out.data()), static_cast<int32_t>(out.size()), bytes.data(),
+                                 static_cast<int32_t>(bytes.size()), &status);
+  out.resize(U_SUCCESS(status) ? static_cast<size_t>(length) : 0);
+  return out;
+}
+
+}  // namespace
+
+std::u16string NUtf8ToUtf16(std::string_view utf8) {
+  if (utf8.empty()) return {};
+  UErrorCode status = U_ZERO_ERROR;
+  return Utf8ToUtf16(utf8, &status, kReplacement);
+}
+
+std::string NUtf16ToUtf8(std::u16string_view utf16) {
+  if (utf16.empty()) return {};
+  std::string out(utf16.size() * 3, '\0');  // a unit never yields more than 3 bytes
+  int32_t length = 0;
+  UErrorCode status = U_ZERO_ERROR;
+  u_strToUTF8WithSub(out.data(), static_cast<int32_t>(out.size()), &length, AsUChar(utf16.data()),
+                     static_cast<int32_t>(utf16.size()), kReplacement, nullptr, &status);
+  out.resize(U_SUCCESS(status) ? static_cast<size_t>(length) : 0);
+  return out;
+}
+
+bool NIsValidUtf8(std::string_view bytes) {
+  UErrorCode status = U_ZERO_ERROR;
+  int32_t length = 0;
+  // Preflight with no buffer: ICU reports an illegal sequence before the overflow.
+  u_strFromUTF8(nullptr, 0, &length, bytes.data(), static_cast<int32_t>(bytes.size()), &status);
+  return status != U_INVALID_CHAR_FOUND && status != U_ILLEGAL_CHAR_FOUND;
+}
+
+std::u16string NAnsiToUtf16(std::string_view bytes) {
+  if (bytes.empty()) return {};
+  if (NIsValidUtf8(bytes)) return NUtf8ToUtf16(bytes);
+  return FromWindows1252(bytes);
+}
+
+int NCompareIgnoreCase(std::u16string_view a, std::u16string_view b) {
+  const size_t n = std::min(a.size(), b.size());
+  for (size_t i = 0; i < n; ++i) {
+    if (a[i] == b[i]) continue;
+    const char16_t fa = NFoldCase(a[i]);
+    const char16_t fb = NFoldCase(b[i]);
+    if (fa != fb) return fa < fb ? -1 : 1;
+  }
+  if (a.size() == b.size()) return 0;
+  return a.size() < b.size() ? -1 : 1;
+}
+
+char16_t NFoldCase(char16_t c) {
+  if (c < 0x80) return (c >= u'A' && c <= u'Z') ? static_cast<char16_t>(c + 32) : c;
+  if (c >= 0xD800 && c <= 0xDFFF) return c;
+  const UChar32 folded = u_foldCase(c, U_FOLD_CASE_DEFAULT);
+  // Simple folding of a BMP character stays in the BMP.
+  return folded <= 0xFFFF ? static_cast<char16_t>(folded) : c;
+}
