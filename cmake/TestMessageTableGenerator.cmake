@@ -16,8 +16,6 @@ foreach(required GENERATOR INPUT EXPECTED WORK_DIR)
   endif()
 endforeach()
 
-set(failures 0)
-
 function(expect_same_file actual what)
   file(READ "${actual}" actualText)
   file(READ "${EXPECTED}" expectedText)
@@ -48,13 +46,12 @@ endif()
 expect_same_file("${output}" "LF input")
 
 # Unchanged content keeps the old file, so nothing downstream recompiles.
+# The time stamp has one-second steps, hence the pause.
 file(TIMESTAMP "${output}" before "%s")
-file(TOUCH_NOCREATE "${output}")
 execute_process(COMMAND "${CMAKE_COMMAND}" -E sleep 1.1)
-file(TIMESTAMP "${output}" touched "%s")
 run_generator("${INPUT}" "${output}" result error)
 file(TIMESTAMP "${output}" after "%s")
-if(NOT result EQUAL 0 OR NOT after STREQUAL touched)
+if(NOT result EQUAL 0 OR NOT after STREQUAL before)
   message(SEND_ERROR "a second run rewrote an unchanged table")
 endif()
 

@@ -38,7 +38,8 @@ std::u16string NW3CFileDestination::EscapeMessage(std::u16string_view text) {
     } else if (c == u'"') {
       out += u"%22";
     } else if (c < 32 || c >= 127) {
-      out += Format(u"02X", c).insert(0, u"%");
+      out.push_back(u'%');
+      out += Format(u"02X", c);
     } else {
       out.push_back(c);
     }

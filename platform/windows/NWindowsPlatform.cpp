@@ -3,6 +3,10 @@
 #include <windows.h>
 #include <sddl.h>
 
+// The interface's own names, not the Win32 A/W macros.
+#undef DeleteFile
+#undef MoveFile
+
 #include "platform/windows/NWindowsFile.h"
 
 namespace {

@@ -1,0 +1,163 @@
+#include "location/NW3CFileDestination.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "location/NLogEvent.h"
+#include "location/NReportMessageParams.h"
+#include "platform/NForwardingPlatform.h"
+
+namespace {
+
+// 2026-11-21 05:06:07 UTC and one day later, as Windows file times.
+constexpr std::uint64_t kUnixEpochAsFileTime = 116444736000000000ull;
+constexpr std::uint64_t kSecond = 10000000ull;
+constexpr std::uint64_t kEventTime = kUnixEpochAsFileTime + 1795237567ull * kSecond;
+constexpr std::uint64_t kNextDay = kEventTime + 86400ull * kSecond;
+
+class FixedClockPlatform final : public NForwardingPlatform {
+ public:
+  FixedClockPlatform() : NForwardingPlatform(NPlatform::Default()) {}
+  std::uint64_t CurrentFileTime() override { return m_now; }
+  std::uint64_t m_now = kEventTime + 3 * kSecond;
+};
+
+class W3CTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    m_folder = std::filesystem::path(testing::TempDir()) /
+               ("cfgdeck_w3c_" + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
+    std::filesystem::remove_all(m_folder);
+  }
+  void TearDown() override { std::filesystem::remove_all(m_folder); }
+
+  NUnicodeString Folder() const { return NUnicodeString::FromUtf8(m_folder.string()); }
+
+  std::string Read(const std::string& name) const {
+    std::ifstream in(m_folder / name, std::ios::binary);
+    std::stringstream content;
+    content << in.rdbuf();
+    return content.str();
+  }
+
+  // The one event line of a fresh file (after its three header lines).
+  std::string LineFor(NLogEvent& event) {
+    NW3CFileDestination destination(u"Parrow", Folder(), {}, m_platform);
+    NReportMessageParams params;
+    EXPECT_TRUE(destination.WriteEvent(event, params)) << params.GetText().ToUtf8();
+    const std::string content = Read("20261121.log");
+    size_t start = 0;
+    for (int i = 0; i < 3; ++i) start = content.find("\r\n", start) + 2;
+    return content.substr(start);
+  }
+
+  std::filesystem::path m_folder;
+  FixedClockPlatform m_platform;
+};
+
+TEST_F(W3CTest, FileBeginsWithTheHeaderInUtc) {
+  NLogEvent event;
+  event.SetTime(kEventTime);
+  NW3CFileDestination destination(u"Parrow", Folder(), {}, m_platform);
+  NReportMessageParams params;
+  ASSERT_TRUE(destination.WriteEvent(event, params));
+  const std::string content = Read("20261121.log");
+  EXPECT_EQ(content.substr(0, content.find("\n", content.find("#Fields")) + 1),
+            "#Version: 1.0\r\n#Date: 2026-11-21 05:06:10\r\n"
+            "#Fields: date time x-source x-topic x-session c-ip c-port cs-username cs-method uri-stem sc-status "
+            "cs-bytes sc-bytes bytes s-ip s-port x-message\r\n");
+}
+
+TEST_F(W3CTest, FullLineLayout) {
+  NReportMessageParams message(0x61380023);
+  message.AddArgument(u"Skeldon");
+  NLogEvent event;
+  event.SetTime(kEventTime);
+  event.SetSession(12);
+  event.SetTopic(2);
+  event.SetClient({NUnicodeString(u"10.0.0.1"), 50022});
+  event.SetServer({NUnicodeString(u"192.0.2.7"), 22});
+  event.SetUserName(u"alice");
+  event.SetMethod(u"GET");
+  event.SetUriStem(u"/home/alice");
+  event.SetStatus(226);
+  event.SetBytes(5, 7);
+  event.SetMessage(&message);
+  EXPECT_EQ(LineFor(event),
+            "2026-11-21 05:06:07 Parrow Informational 12 10.0.0.1 50022 alice GET /home/alice 226 5 7 12 "
+            "192.0.2.7 22 \"The change to the Personal Data Folder will take effect the next time you start "
+            "Skeldon.%0D%0A\"\n");
+}
+
+TEST_F(W3CTest, DashAndEmptyCases) {
+  NLogEvent event;  // time 0, session 0, topic 0, no message, no addresses
+  event.SetTopic(7);
+  event.SetBytes(0xFFFFFFFFFFFFFFFFull, 1);
+  // Time 0: date and time stay empty; session 0 and the overflowing total
+  // are "-"; an unknown topic is "Unknown".
+  EXPECT_EQ(LineFor(event), "  Parrow Unknown - - 0    0 18446744073709551615 1 - - 0 \"\"\n");
+}
+
+TEST(NW3CFileDestinationTest, MessageEscapingOrder) {
+  EXPECT_EQ(NUnicodeString(NW3CFileDestination::EscapeMessage(u"a%b\"c\n")).ToUtf8(), "a%25b%22c%0A");
+  EXPECT_EQ(NUnicodeString(NW3CFileDestination::EscapeMessage(u"%22")).ToUtf8(), "%2522");
+  EXPECT_EQ(NUnicodeString(NW3CFileDestination::EscapeMessage(u"\x7f\x01\u00e9\u4e2d~ ")).ToUtf8(),
+            "%7F%01%E9%4E2D~ ");
+}
+
+TEST_F(W3CTest, ANewFileEachDayAndAppendsWithinADay) {
+  NW3CFileDestination destination(u"Parrow", Folder(), NUnicodeString(u"ftp-"), m_platform);
+  NReportMessageParams params;
+  NLogEvent event;
+  event.SetTime(kEventTime);
+  ASSERT_TRUE(destination.WriteEvent(event, params));
+  ASSERT_TRUE(destination.WriteEvent(event, params));
+  event.SetTime(kNextDay);
+  ASSERT_TRUE(destination.WriteEvent(event, params));
+
+  const std::string first = Read("ftp-20261121.log");
+  const std::string second = Read("ftp-20261122.log");
+  EXPECT_EQ(first.find("#Version"), 0u);
+  EXPECT_EQ(first.find("#Version", 1), std::string::npos);
+  EXPECT_EQ(std::count(first.begin(), first.end(), '\n'), 5);  // header and two events
+  EXPECT_EQ(second.find("#Version"), 0u);
+  EXPECT_NE(second.find("2026-11-22 05:06:07"), std::string::npos);
+
+  // A new destination on an existing file appends without a second header.
+  NW3CFileDestination again(u"Parrow", Folder(), NUnicodeString(u"ftp-"), m_platform);
+  event.SetTime(kEventTime);
+  ASSERT_TRUE(again.WriteEvent(event, params));
+  const std::string appended = Read("ftp-20261121.log");
+  EXPECT_EQ(appended.find("#Version", 1), std::string::npos);
+  EXPECT_EQ(std::count(appended.begin(), appended.end(), '\n'), 6);
+}
+
+TEST_F(W3CTest, FailureNamesTheFile) {
+  std::filesystem::create_directories(m_folder);
+  std::ofstream(m_folder / "blocker") << "x";
+  const NUnicodeString folder = NUnicodeString::FromUtf8((m_folder / "blocker").string());
+  NW3CFileDestination destination(u"Parrow", folder, {}, m_platform);
+  NReportMessageParams params;
+  NLogEvent event;
+  EXPECT_FALSE(destination.WriteEvent(event, params));
+  EXPECT_NE(params.GetText().ToUtf8().find("blocker"), std::string::npos) << params.GetText().ToUtf8();
+}
+
+TEST(NReportMessageDestinationTest, StandardTopicsAndLookups) {
+  NW3CFileDestination destination(u"Skeldon", NUnicodeString(u"/nonexistent"));
+  EXPECT_EQ(destination.GetTopicName(0).ToUtf8(), "Severe");
+  EXPECT_EQ(destination.GetTopicName(2).ToUtf8(), "Informational");
+  EXPECT_EQ(destination.GetTopicName(1).ToUtf8(), "Unknown");
+  EXPECT_FALSE(destination.AddTopic(2, u"Other"));
+  EXPECT_EQ(destination.GetTopicName(2).ToUtf8(), "Informational");
+  EXPECT_TRUE(destination.AddTopic(7, u"Transfers"));
+  EXPECT_TRUE(destination.HasTopic(7));
+  EXPECT_EQ(destination.GetTopicName(7).ToUtf8(), "Transfers");
+  ASSERT_EQ(destination.GetTopics().Count(), 3u);
+  EXPECT_THROW(destination.GetTopics()[3], OutOfRange);
+}
+
+}  // namespace
