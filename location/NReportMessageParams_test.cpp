@@ -126,3 +126,35 @@ TEST(NReportMessageParamsTest, QueryInterfaceGivesTheCarrierInterface) {
 }
 
 }  // namespace
+
+#include "location/NReportMessageRouter.h"
+
+namespace {
+
+class RecordingRouter final : public NReportMessageRouter {
+ public:
+  void RouteMessage(const NReportMessageParams& params) override { messages.push_back(params.GetText().ToUtf8()); }
+  void Trace(std::u16string_view line) override { traces.push_back(NUnicodeString(line).ToUtf8()); }
+  std::vector<std::string> messages;
+  std::vector<std::string> traces;
+};
+
+RecordingRouter g_router;
+NReportMessageRouter* GetRecordingRouter() { return &g_router; }
+
+TEST(NReportMessageRouterTest, NothingIsRoutedBeforeAGetterIsInstalled) {
+  NSetReportMessageRouterGetter(nullptr);
+  NTrace(u"dropped\n");
+  NRouteMessage(NReportMessageParams(5));
+  EXPECT_TRUE(g_router.traces.empty());
+  EXPECT_TRUE(g_router.messages.empty());
+
+  NSetReportMessageRouterGetter(&GetRecordingRouter);
+  NTrace(u"kept\n");
+  NRouteMessage(NReportMessageParams(5));
+  NSetReportMessageRouterGetter(nullptr);
+  EXPECT_EQ(g_router.traces, std::vector<std::string>{"kept\n"});
+  EXPECT_EQ(g_router.messages, std::vector<std::string>{"Access is denied.\r\n"});
+}
+
+}  // namespace

@@ -13,8 +13,9 @@ std::u16string NUtf8ToUtf16(std::string_view utf8);
 // UTF-16 code units to UTF-8 bytes; a lone surrogate becomes U+FFFD.
 std::string NUtf16ToUtf8(std::u16string_view utf16);
 
-// Text in the platform's ANSI code page to UTF-16, with precomposition. POSIX
-// has no ANSI code page: bytes that are valid UTF-8 are read as UTF-8, others
+// Text in the platform's ANSI code page to UTF-16 (on Windows with the
+// precomposed flag, which leaves text as it is written). POSIX has no ANSI
+// code page: bytes that are valid UTF-8 are read as UTF-8, others
 // as Windows-1252, so that both hand-edited files and files written by older
 // Windows programs read correctly.
 std::u16string NAnsiToUtf16(std::string_view bytes);

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <string_view>
 #include <thread>
 
 #include "platform/posix/NPosixErrors.h"
@@ -40,6 +41,13 @@ NPosixFile::NPosixFile(int fd, std::u16string path) : m_fd(fd), m_path(std::move
 NPosixFile::~NPosixFile() { ::close(m_fd); }
 
 NStatus NPosixFile::Failure(const char* operation) const {
+  // The descriptor is valid for as long as this object lives, so EBADF (and
+  // EINVAL from ftruncate) on a change means it was opened for reading
+  // only, which Windows reports as access denied.
+  const bool change = std::string_view(operation) != "read" && std::string_view(operation) != "stat";
+  if (change && (errno == EBADF || (errno == EINVAL && std::string_view(operation) == "truncate"))) {
+    return NStatus::Error(NStatus::kAccessDenied, operation, m_path);
+  }
   return NStatus::Error(NWin32ErrorFromErrno(errno), operation, m_path);
 }
 

@@ -24,6 +24,27 @@ NStatus Failure(const char* operation, std::u16string_view path, int error = err
   return NStatus::Error(NWin32ErrorFromErrno(error), operation, path);
 }
 
+// ENOENT stands both for a missing last component and for a missing folder on
+// the way; Windows tells the two apart and callers test for it.
+std::uint32_t NotFoundCode(const std::string& systemPath) {
+  const size_t end = systemPath.find_last_not_of('/');
+  const size_t cut = end == std::string::npos ? std::string::npos : systemPath.find_last_of('/', end);
+  if (cut == std::string::npos) return NStatus::kFileNotFound;  // in the current folder, which exists
+  const std::string parent = systemPath.substr(0, cut == 0 ? 1 : cut);
+  struct stat st;
+  return ::stat(parent.c_str(), &st) == 0 && S_ISDIR(st.st_mode) ? NStatus::kFileNotFound : NStatus::kPathNotFound;
+}
+
+NStatus Failure(const char* operation, std::u16string_view path, const std::string& systemPath, int error = errno) {
+  if (error == ENOENT) return NStatus::Error(NotFoundCode(systemPath), operation, path);
+  return Failure(operation, path, error);
+}
+
+bool IsSymbolicLink(const std::string& path) {
+  struct stat st;
+  return ::lstat(path.c_str(), &st) == 0 && S_ISLNK(st.st_mode);
+}
+
 // A path with an embedded NUL would be cut short by the system call and name
 // another file; refuse it instead.
 bool ToSystemPath(std::u16string_view path, std::string* out) {
@@ -64,7 +85,12 @@ int OpenOrCreate(const std::string& path, const NOpenOptions& options, bool* cre
         *created = true;
       } else if (errno == EEXIST) {
         fd = ::open(path.c_str(), flags);
-        if (fd < 0 && errno == ENOENT) continue;  // deleted in between: try again
+        // Deleted in between: try again. A dangling link fails both ways, and
+        // for ever; it names no file, so it is reported missing.
+        if (fd < 0 && errno == ENOENT) {
+          if (!IsSymbolicLink(path)) continue;
+          errno = ENOENT;
+        }
       }
     }
     if (fd < 0 && errno == EINTR) continue;
@@ -85,7 +111,7 @@ NStatus NPosixPlatform::OpenFile(std::u16string_view path, const NOpenOptions& o
   if (!ToSystemPath(path, &systemPath)) return NStatus::Error(NStatus::kInvalidParameter, "open", path);
   bool created = false;
   const int fd = OpenOrCreate(systemPath, options, &created);
-  if (fd < 0) return Failure("open", path, errno == ELOOP && options.noFollow ? EACCES : errno);
+  if (fd < 0) return Failure("open", path, systemPath, errno == ELOOP && options.noFollow ? EACCES : errno);
   auto owned = std::make_unique<NPosixFile>(fd, std::u16string(path));
 
   struct stat st;
@@ -112,7 +138,7 @@ NStatus NPosixPlatform::DeleteFile(std::u16string_view path) {
   if (::lstat(systemPath.c_str(), &st) == 0 && S_ISDIR(st.st_mode)) {
     return NStatus::Error(NStatus::kAccessDenied, "delete", path);
   }
-  return ::unlink(systemPath.c_str()) == 0 ? NStatus::Ok() : Failure("delete", path);
+  return ::unlink(systemPath.c_str()) == 0 ? NStatus::Ok() : Failure("delete", path, systemPath);
 }
 
 NStatus NPosixPlatform::MoveFile(std::u16string_view from, std::u16string_view to) {
@@ -122,11 +148,16 @@ NStatus NPosixPlatform::MoveFile(std::u16string_view from, std::u16string_view t
   }
   if (::renameat2(AT_FDCWD, source.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0) return NStatus::Ok();
   if (errno == EEXIST) return NStatus::Error(NStatus::kAlreadyExists, "move", to);
-  if (errno != EINVAL && errno != ENOSYS) return Failure("move", from);
-  // The file system cannot refuse to replace; check first, then rename.
   struct stat st;
-  if (::lstat(target.c_str(), &st) == 0) return NStatus::Error(NStatus::kAlreadyExists, "move", to);
-  return ::rename(source.c_str(), target.c_str()) == 0 ? NStatus::Ok() : Failure("move", from);
+  if (errno == EINVAL || errno == ENOSYS) {
+    // The file system cannot refuse to replace; check first, then rename.
+    if (::lstat(target.c_str(), &st) == 0) return NStatus::Error(NStatus::kAlreadyExists, "move", to);
+    if (::rename(source.c_str(), target.c_str()) == 0) return NStatus::Ok();
+  }
+  if (errno != ENOENT) return Failure("move", from);
+  // The source is there, so the target's folder is not.
+  if (::lstat(source.c_str(), &st) == 0) return NStatus::Error(NStatus::kPathNotFound, "move", to);
+  return Failure("move", from, source, ENOENT);
 }
 
 NStatus NPosixPlatform::CreateFolder(std::u16string_view path, NFileSecurity security) {
@@ -135,7 +166,7 @@ NStatus NPosixPlatform::CreateFolder(std::u16string_view path, NFileSecurity sec
   const bool ownerOnly = security == NFileSecurity::kOwnerOnly;
   if (::mkdir(systemPath.c_str(), ownerOnly ? kOwnerOnlyFolder : 0777) != 0) {
     if (errno == EEXIST) return NStatus::Error(NStatus::kAlreadyExists, "create folder", path);
-    return Failure("create folder", path);
+    return Failure("create folder", path, systemPath);
   }
   if (ownerOnly && ::chmod(systemPath.c_str(), kOwnerOnlyFolder) != 0) return Failure("create folder", path);
   return NStatus::Ok();
@@ -146,14 +177,14 @@ NStatus NPosixPlatform::RemoveFolder(std::u16string_view path) {
   if (!ToSystemPath(path, &systemPath)) return NStatus::Error(NStatus::kInvalidParameter, "remove folder", path);
   if (::rmdir(systemPath.c_str()) == 0) return NStatus::Ok();
   if (errno == ENOTDIR) return NStatus::Error(NStatus::kDirectory, "remove folder", path);
-  return Failure("remove folder", path);
+  return Failure("remove folder", path, systemPath);
 }
 
 NStatus NPosixPlatform::ListFolder(std::u16string_view path, std::vector<NFolderEntry>* entries) {
   std::string systemPath;
   if (!ToSystemPath(path, &systemPath)) return NStatus::Error(NStatus::kInvalidParameter, "list folder", path);
   const int fd = ::open(systemPath.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (fd < 0) return Failure("list folder", path, errno == ENOTDIR ? ENOENT : errno);
+  if (fd < 0) return Failure("list folder", path, systemPath, errno == ENOTDIR ? ENOENT : errno);
   std::unique_ptr<DIR, int (*)(DIR*)> dir(::fdopendir(fd), ::closedir);
   if (!dir) {
     ::close(fd);
