@@ -2,9 +2,25 @@
 
 #include "platform/NUnicode.h"
 
-NUnicodeString NUnicodeString::FromUtf8(std::string_view utf8) { return NUnicodeString(NUtf8ToUtf16(utf8)); }
+// Most text the library handles is ASCII; widening and narrowing it needs
+// no converter.
+NUnicodeString NUnicodeString::FromUtf8(std::string_view utf8) {
+  unsigned char any = 0;
+  for (const char c : utf8) any |= static_cast<unsigned char>(c);
+  if (any >= 0x80) return NUnicodeString(NUtf8ToUtf16(utf8));
+  NUnicodeString out(utf8.size(), u'\0');
+  for (size_t i = 0; i < utf8.size(); ++i) out[i] = static_cast<char16_t>(utf8[i]);
+  return out;
+}
 
-std::string NUnicodeString::ToUtf8() const { return NUtf16ToUtf8(*this); }
+std::string NUnicodeString::ToUtf8() const {
+  char16_t any = 0;
+  for (const char16_t c : *this) any |= c;
+  if (any >= 0x80) return NUtf16ToUtf8(*this);
+  std::string out(size(), '\0');
+  for (size_t i = 0; i < size(); ++i) out[i] = static_cast<char>((*this)[i]);
+  return out;
+}
 
 bool NUnicodeString::EqualsIgnoreCase(std::u16string_view other) const {
   return size() == other.size() && NCompareIgnoreCase(*this, other) == 0;

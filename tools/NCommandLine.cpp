@@ -9,6 +9,7 @@
 #include "location/NReportMessageParams.h"
 #include "platform/NConsole.h"
 #include "platform/NPlatform.h"
+#include "tools/NStoreCommands.h"
 
 namespace {
 
@@ -45,6 +46,40 @@ int NCommandLine::Run(const std::vector<std::string>& args) {
   message->add_option("CODE", code, "The message code: 0x followed by hex digits, or decimal")->required();
   message->add_option("ARG", messageArguments, "Insertion arguments %1, %2, ...");
 
+  // Key paths are relative to the configuration folder, with \ or / between names.
+  std::string key, name;
+  NStoreCommands::NewValue value;
+  CLI::App* dump = app.add_subcommand("dump", "Print every value of a key as a save writes it (CR LF line ends)");
+  dump->add_option("KEY", key, "The key's path, e.g. Sessions/Lab/router1")->required();
+  CLI::App* keys = app.add_subcommand("keys", "List the sub-keys of a key: kind (5 folder, 6 file, 7 both), tab, name");
+  keys->add_option("KEY", key, "The key's path (empty for the folder itself)")->required();
+  CLI::App* values = app.add_subcommand("values", "List the values of a key: type tag (0 DWORD, 1 string, 2 binary, "
+                                                  "3 multi-string), tab, name");
+  values->add_option("KEY", key, "The key's path")->required();
+  CLI::App* set = app.add_subcommand("set", "Set one value of a key and save it (the key is created when missing)");
+  set->add_option("KEY", key, "The key's path")->required();
+  set->add_option("NAME", name, "The value's name")->required();
+  std::string dwordText, stringText, binaryText;
+  std::vector<std::string> multiText;
+  auto* dwordOption = set->add_option("--dword", dwordText, "A DWORD: decimal, or 0x followed by hex digits")
+                          ->option_text("N");
+  auto* stringOption = set->add_option("--string", stringText, "A string")->option_text("TEXT");
+  auto* binaryOption = set->add_option("--binary", binaryText, "Bytes as pairs of hex digits")->option_text("HEX");
+  auto* multiOption = set->add_option("--multi", multiText, "A multi-string: zero or more strings")
+                          ->option_text("[TEXT...]")
+                          ->expected(0, -1);
+  dwordOption->excludes(stringOption)->excludes(binaryOption)->excludes(multiOption);
+  stringOption->excludes(binaryOption)->excludes(multiOption);
+  binaryOption->excludes(multiOption);
+  CLI::App* remove = app.add_subcommand("delete", "Delete one value of a key and save it");
+  remove->add_option("KEY", key, "The key's path")->required();
+  remove->add_option("NAME", name, "The value's name")->required();
+  CLI::App* removeKey = app.add_subcommand("delete-key", "Delete a key with everything under it");
+  removeKey->add_option("KEY", key, "The key's path")->required();
+  CLI::App* check = app.add_subcommand(
+      "check", "Load every key under KEY (default: the whole folder), read every value, and report damaged files");
+  check->add_option("KEY", key, "The key's path");
+
   // CLI11 takes the arguments last first, without the program name.
   std::vector<std::string> reversed(args.rbegin(), args.rend());
   if (!reversed.empty()) reversed.pop_back();
@@ -64,6 +99,31 @@ int NCommandLine::Run(const std::vector<std::string>& args) {
 
   if (m_configFolder.empty()) m_configFolder = ".";
   if (message->parsed()) return Message(code, messageArguments);
+  NStoreCommands store(m_configFolder);
+  if (dump->parsed()) return store.Dump(key);
+  if (keys->parsed()) return store.Keys(key);
+  if (values->parsed()) return store.Values(key);
+  if (set->parsed()) {
+    // CLI11 reads a bare "--multi" as one empty string; a multi-string with
+    // no strings is what it means.
+    const auto multiAt = std::find(args.begin(), args.end(), "--multi");
+    const bool multiGiven = multiAt != args.end() || *multiOption;
+    if (multiAt != args.end() && (multiAt + 1 == args.end() || (multiAt + 1)->rfind("--", 0) == 0)) {
+      multiText.clear();
+    }
+    if (!*dwordOption && !*stringOption && !*binaryOption && !multiGiven) {
+      Error("cfgdeck set: give the value with one of --dword, --string, --binary or --multi\n");
+      return kUsage;
+    }
+    if (*dwordOption) value.dword = dwordText;
+    if (*stringOption) value.string = stringText;
+    if (*binaryOption) value.binary = binaryText;
+    if (multiGiven) value.multi = multiText;
+    return store.Set(key, name, value);
+  }
+  if (remove->parsed()) return store.Delete(key, name);
+  if (removeKey->parsed()) return store.DeleteKey(key);
+  if (check->parsed()) return store.Check(key);
   return Overview();
 }
 

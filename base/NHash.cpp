@@ -1,0 +1,8 @@
+#include "base/NHash.h"
+
+// Inlined, so that the library carries its own copy and needs no shared
+// xxhash library at run time.
+#define XXH_INLINE_ALL
+#include <xxhash.h>
+
+std::uint64_t NHashBytes(const void* data, std::size_t size) { return XXH3_64bits(data, size); }

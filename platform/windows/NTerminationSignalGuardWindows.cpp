@@ -1,0 +1,5 @@
+#include "platform/NTerminationSignalGuard.h"
+
+NTerminationSignalGuard::NTerminationSignalGuard() : m_saved{} {}
+
+NTerminationSignalGuard::~NTerminationSignalGuard() = default;

@@ -1,0 +1,501 @@
+#include "store/NIniFileKey.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+#include "base/NHash.h"
+#include "location/NReportMessageParams.h"
+#include "location/NReportMessageRouter.h"
+#include "location/NStatusReport.h"
+#include "platform/NPlatform.h"
+#include "platform/NTerminationSignalGuard.h"
+#include "store/NIniFileKeyIterator.h"
+#include "store/NIniFileStore.h"
+#include "store/NIniRecordReader.h"
+#include "store/NTextFile.h"
+
+namespace {
+
+// The lock every reader and writer of a key file takes: bytes 0 to 3.
+constexpr std::uint64_t kLockOffset = 0;
+constexpr std::uint64_t kLockLength = 4;
+
+// A value name as UTF-8, on the stack for the usual short ASCII names, so
+// that a lookup allocates nothing.
+class Utf8Name {
+ public:
+  explicit Utf8Name(std::u16string_view name) {
+    char16_t any = 0;
+    for (const char16_t c : name) any |= c;
+    if (any < 0x80 && name.size() <= sizeof m_small) {
+      for (std::size_t i = 0; i < name.size(); ++i) m_small[i] = static_cast<char>(name[i]);
+      m_view = std::string_view(m_small, name.size());
+    } else {
+      m_large = NUnicodeString(name).ToUtf8();
+      m_view = m_large;
+    }
+  }
+  std::string_view View() const { return m_view; }
+
+ private:
+  char m_small[96];
+  std::string m_large;
+  std::string_view m_view;
+};
+
+bool HasLineBreak(std::u16string_view text) { return text.find_first_of(u"\r\n") != std::u16string_view::npos; }
+
+// A name that a record can hold: a double quote would end it early and a
+// line break would split the record.
+bool IsStorableName(std::u16string_view name) { return name.find_first_of(u"\"\r\n") == std::u16string_view::npos; }
+
+NIniFileData* MakeLoaded(NIniFileKeyMap& map, const NIniRecord& record) {
+  switch (record.kind) {
+    case 'D':
+      return new (map.Allocate(sizeof(NIniFileDataDword))) NIniFileDataDword(record.dword);
+    case 'S':
+      return NIniFileDataString::Borrowing(map.Allocate(sizeof(NIniFileDataString)), record.text);
+    case 'Z':
+      return NIniFileDataStringSz::Borrowing(map.Allocate(sizeof(NIniFileDataStringSz)), record.text, record.count);
+    default: {  // 'B'
+      void* bytes = map.Allocate(record.bytes.size() + 1, 1);
+      std::memcpy(bytes, record.bytes.data(), record.bytes.size());
+      return NIniFileDataBinary::Borrowing(map.Allocate(sizeof(NIniFileDataBinary)),
+                                           std::string_view(static_cast<const char*>(bytes), record.bytes.size()));
+    }
+  }
+}
+
+// Reads records into `map` until the end or the first invalid record.
+void ParseInto(NIniFileKeyMap& map, std::string_view text, NIniLoadReport* report) {
+  NIniRecordReader reader(text);
+  NIniRecord record;
+  NIniRecordReader::Result result;
+  while ((result = reader.Next(&record)) == NIniRecordReader::Result::kRecord) {
+    if (record.name.empty()) continue;
+    map.Put(record.name, MakeLoaded(map, record), false, false, false);
+  }
+  if (result == NIniRecordReader::Result::kInvalid && report) {
+    report->invalidLine = reader.ProblemLine();
+    report->problem = reader.Problem();
+  }
+  if (report) report->unterminated = reader.EndedWithoutLineEnd();
+}
+
+void Trace(std::u16string_view format, std::u16string_view argument) {
+  std::u16string text(format);
+  const size_t at = text.find(u"%1");
+  if (at != std::u16string::npos) text.replace(at, 2, argument);
+  NTrace(text);
+}
+
+}  // namespace
+
+NIniFileKey::NIniFileKey(const NIniFileStore& store, NKeyPath path, bool readOnly)
+    : m_store(store), m_path(std::move(path)), m_readOnly(readOnly) {}
+
+NIniFileKey::~NIniFileKey() = default;
+
+std::unique_ptr<NIniFileKey> NIniFileKey::Open(const NIniFileStore& store, NKeyPath path, bool readOnly,
+                                               NReportMessageParams& params) {
+  std::unique_ptr<NIniFileKey> key(new NIniFileKey(store, std::move(path), readOnly));
+  if (!key->Load(params)) return nullptr;
+  return key;
+}
+
+NUnicodeString NIniFileKey::FolderPath() const {
+  return m_path.Under(m_store.Root(), m_store.Platform().PathSeparator());
+}
+
+NUnicodeString NIniFileKey::FilePath() const {
+  if (m_path.IsRoot()) return {};  // the root holds sub-keys only
+  NUnicodeString path = FolderPath();
+  path += u".ini";
+  return path;
+}
+
+NUnicodeString NIniFileKey::PrivateFilePath() const {
+  if (m_path.IsRoot() || m_store.PrivateRoot().empty()) return {};
+  NUnicodeString path = m_path.Under(m_store.PrivateRoot(), m_store.Platform().PathSeparator());
+  path += u".ini";
+  return path;
+}
+
+NStatus NIniFileKey::LockWithWarning(NFile& file, NLockKind kind) const {
+  NStatus status = file.Lock(kLockOffset, kLockLength, kind, m_store.Options().lockWarning);
+  if (status.Code() != NStatus::kWaitTimeout) return status;
+  Trace(u"NIniFileKey: still waiting for the lock on %1\n", status.Path());
+  return file.Lock(kLockOffset, kLockLength, kind, NFile::kWaitForever);
+}
+
+bool NIniFileKey::LoadFile(Map& map, const NUnicodeString& path, FileState* state, NIniLoadReport* report,
+                           NReportMessageParams& params) {
+  *state = FileState();
+  *report = NIniLoadReport();
+  if (path.empty()) return true;
+  NPlatform& platform = m_store.Platform();
+  NOpenOptions options;
+  options.noFollow = true;
+  std::unique_ptr<NFile> file;
+  NStatus status = platform.OpenFile(path, options, &file);
+  if (status.IsNotFound()) return true;  // a key without values
+  std::string raw, text;
+  NTextFile::Encoding encoding;
+  if (status) status = LockWithWarning(*file, NLockKind::kShared);
+  if (status) {
+    status = NTextFile(*file).Read(&raw, &text, &encoding);
+    NStatus unlocked = file->Unlock(kLockOffset, kLockLength);
+    if (status) status = std::move(unlocked);
+  }
+  if (!status) {
+    NReportStatus(status, params);
+    return false;
+  }
+  file.reset();
+  state->existed = true;
+  state->hash = NHashBytes(raw.data(), raw.size());
+  report->file = path;
+  report->emptyFile = raw.empty();
+  const std::string_view kept = map.AdoptText(std::move(text));
+  ParseInto(map, kept, report);
+  if (report->emptyFile || report->unterminated) {
+    Trace(u"NIniFileKey: possibly interrupted save: %1\n", path);
+  }
+  return true;
+}
+
+bool NIniFileKey::Load(NReportMessageParams& params) {
+  auto map = std::make_unique<Map>(8192);
+  if (!LoadFile(*map, FilePath(), &m_files[0], &m_reports[0], params)) return false;
+  // Personal values read from the private half take the place of any copy
+  // left in the main file.
+  if (!LoadFile(*map, PrivateFilePath(), &m_files[1], &m_reports[1], params)) return false;
+  m_map = std::move(map);
+  m_modified = false;
+  return true;
+}
+
+bool NIniFileKey::Reload(NReportMessageParams& params) { return Load(params); }
+
+// ---- Values ----
+
+NIniFileData* NIniFileKey::FindData(std::u16string_view name) const {
+  return m_map->FindData(Utf8Name(name).View());
+}
+
+bool NIniFileKey::GetSecurityDescriptorValue(std::u16string_view name, NSecurityDescriptor* value) const {
+  const NIniFileData* data = FindData(name);
+  if (!data) return false;
+  NStringArray lines;
+  if (data->GetMultiString(&lines)) {
+    NUnicodeString text;
+    for (const NUnicodeString& line : lines) text += line;
+    *value = NSecurityDescriptor::FromText(std::move(text));
+    return true;
+  }
+  std::uint32_t length = 0;
+  if (!data->GetBinary(nullptr, &length)) return false;
+  std::string bytes(length, '\0');
+  if (!data->GetBinary(bytes.data(), &length)) return false;
+  return NSecurityDescriptor::FromBinary(reinterpret_cast<const std::uint8_t*>(bytes.data()), length, value);
+}
+
+bool NIniFileKey::GetMultiStringValue(std::u16string_view name, NStringArray* value) const {
+  const NIniFileData* data = FindData(name);
+  return data && data->GetMultiString(value);
+}
+
+bool NIniFileKey::GetBinaryValue(std::u16string_view name, void* buffer, std::uint32_t* length) const {
+  const NIniFileData* data = FindData(name);
+  return data && data->GetBinary(buffer, length);
+}
+
+bool NIniFileKey::GetStringValue(std::u16string_view name, NUnicodeString* value) const {
+  const NIniFileData* data = FindData(name);
+  return data && data->GetString(value);
+}
+
+bool NIniFileKey::GetDwordValue(std::u16string_view name, std::uint32_t* value) const {
+  const NIniFileData* data = FindData(name);
+  return data && data->GetDword(value);
+}
+
+bool NIniFileKey::Change(std::u16string_view name, NIniFileData* data) {
+  if (name.empty() || !IsStorableName(name)) {
+    delete data;
+    return false;
+  }
+  m_map->Put(Utf8Name(name).View(), data, true, true, true);
+  m_modified = true;
+  return true;
+}
+
+bool NIniFileKey::SetSecurityDescriptorValue(std::u16string_view name, const NSecurityDescriptor& value) {
+  if (!value.IsText() || HasLineBreak(value.Text())) return false;
+  NStringArray lines;
+  lines.Add(value.Text());
+  return SetMultiStringValue(name, lines);
+}
+
+bool NIniFileKey::SetMultiStringValue(std::u16string_view name, const NStringArray& value) {
+  for (const NUnicodeString& line : value) {
+    if (HasLineBreak(line)) return false;
+  }
+  return Change(name, NIniFileDataStringSz::Owning(NIniFileDataStringSz::BlockOf(value),
+                                                  static_cast<std::uint32_t>(value.size())));
+}
+
+bool NIniFileKey::SetBinaryValue(std::u16string_view name, const void* data, std::uint32_t length) {
+  if (!data && length) return false;
+  return Change(name, NIniFileDataBinary::Owning(std::string_view(static_cast<const char*>(data), length)));
+}
+
+bool NIniFileKey::SetStringValue(std::u16string_view name, std::u16string_view value) {
+  if (HasLineBreak(value)) return false;
+  return Change(name, NIniFileDataString::Owning(NUnicodeString(value).ToUtf8()));
+}
+
+bool NIniFileKey::SetDwordValue(std::u16string_view name, std::uint32_t value) {
+  return Change(name, new NIniFileDataDword(value));
+}
+
+bool NIniFileKey::DeleteValue(std::u16string_view name) {
+  if (!m_map->Remove(Utf8Name(name).View(), true)) return false;
+  m_modified = true;
+  return true;
+}
+
+// ---- Saving ----
+
+namespace {
+
+// One file a save writes: the main file, or the private one.
+struct SaveTarget {
+  NUnicodeString path;
+  NFileSecurity security = NFileSecurity::kDefault;
+  std::unique_ptr<NFile> file;
+  bool locked = false;
+  std::string old;        // the bytes before the save, read under the lock
+  std::string content;    // the bytes after it
+};
+
+NStatus OpenForSave(NPlatform& platform, SaveTarget& target) {
+  NOpenOptions options;
+  options.mode = NOpenMode::kCreateIfMissing;
+  options.access = NFileAccess::kReadWrite;
+  options.security = target.security;
+  options.noFollow = true;
+  NStatus status = platform.OpenFile(target.path, options, &target.file);
+  if (status || !status.IsNotFound()) return status;
+  // The key's folders do not exist yet: create the whole chain, then again.
+  const size_t cut = target.path.find_last_of(platform.PathSeparator());
+  if (cut == NUnicodeString::npos) return status;
+  if (NStatus created = platform.CreateFolderChain(std::u16string_view(target.path).substr(0, cut), target.security);
+      !created) {
+    return created;
+  }
+  return platform.OpenFile(target.path, options, &target.file);
+}
+
+NStatus ReadOld(SaveTarget& target) {
+  NFileInfo info;
+  if (NStatus status = target.file->GetInfo(&info); !status) return status;
+  if (info.size > NTextFile::kMaxFileSize) return NStatus::Error(NStatus::kNotEnoughMemory, "save (file too large)");
+  target.old.resize(static_cast<size_t>(info.size));
+  size_t got = 0;
+  NStatus status = target.file->Read(0, target.old.data(), target.old.size(), &got);
+  target.old.resize(got);
+  return status;
+}
+
+// Cuts the file and writes its new content; on a failed write the old bytes
+// are written back. Polite stop requests wait until the file is whole.
+NStatus Rewrite(SaveTarget& target) {
+  NTerminationSignalGuard holdStops;
+  NStatus status = target.file->Truncate(0);
+  if (status) status = target.file->Write(0, target.content.data(), target.content.size());
+  if (!status) {
+    (void)target.file->Truncate(0);
+    (void)target.file->Write(0, target.old.data(), target.old.size());
+  }
+  return status;
+}
+
+}  // namespace
+
+bool NIniFileKey::Flush(NReportMessageParams& params) {
+  if (!m_map || !m_modified) return true;
+  if (m_readOnly || m_path.IsRoot()) {
+    const char* why = m_readOnly ? "save (the key was opened read-only)" : "save (the root key holds no values)";
+    NReportStatus(NStatus::Error(NStatus::kAccessDenied, why, GetPath()), params);
+    return false;
+  }
+  return SaveFiles(params);
+}
+
+bool NIniFileKey::SaveFiles(NReportMessageParams& params) {
+  NPlatform& platform = m_store.Platform();
+  const NUnicodeString privatePath = PrivateFilePath();
+  // Personal values go to the private half once there is one to write, or
+  // one that was deleted (so that a deleted password does not come back).
+  const bool usePrivate = !privatePath.empty() && (m_map->HasFixedData() || m_map->HasFixedChange());
+  SaveTarget targets[2];
+  const int count = usePrivate ? 2 : 1;
+  targets[0].path = FilePath();
+  if (usePrivate) {
+    targets[1].path = privatePath;
+    targets[1].security = NFileSecurity::kOwnerOnly;
+  }
+
+  auto fail = [&](const NStatus& status) {
+    for (int i = count - 1; i >= 0; --i) {
+      if (targets[i].locked) (void)targets[i].file->Unlock(kLockOffset, kLockLength);
+    }
+    NReportStatus(status, params);
+    return false;
+  };
+
+  // Lock every file first, main before private, so that two savers never
+  // hold one each while waiting for the other.
+  bool changedElsewhere = false;
+  for (int i = 0; i < count; ++i) {
+    SaveTarget& target = targets[i];
+    if (NStatus status = OpenForSave(platform, target); !status) return fail(status);
+    if (NStatus status = LockWithWarning(*target.file, NLockKind::kExclusive); !status) return fail(status);
+    target.locked = true;
+    if (NStatus status = ReadOld(target); !status) return fail(status);
+    const FileState& known = m_files[i];
+    const bool existsNow = !target.old.empty();
+    if (existsNow != known.existed || (existsNow && NHashBytes(target.old.data(), target.old.size()) != known.hash)) {
+      changedElsewhere = true;
+    }
+  }
+  if (changedElsewhere) MergeOnto(targets[0].old, usePrivate ? targets[1].old : std::string());
+
+  // The whole new content exists before any file is touched.
+  NTextFile writers[2];
+  for (NTextFile& writer : writers) writer.SetEncoding(NTextFile::Encoding::kUtf8);
+  m_map->ForEach([&](const Map::Element& element) {
+    const bool personal = usePrivate && Map::FixedIndex(element.name) >= 0;
+    element.data->WriteRecord(writers[personal ? 1 : 0], element.name);
+  });
+  for (int i = 0; i < count; ++i) {
+    targets[i].content = writers[i].Encoded();
+    // A full disk fails here, while the old content is still whole.
+    if (NStatus status = targets[i].file->Reserve(targets[i].content.size()); !status) return fail(status);
+  }
+  for (int i = 0; i < count; ++i) {
+    SaveTarget& target = targets[i];
+    if (NStatus status = Rewrite(target); !status) return fail(status);
+    if (m_store.Options().syncOnSave) {
+      if (NStatus status = target.file->Sync(); !status) return fail(status);
+    }
+  }
+  for (int i = count - 1; i >= 0; --i) {
+    // Released before the close, not by it.
+    NStatus status = targets[i].file->Unlock(kLockOffset, kLockLength);
+    targets[i].locked = false;
+    if (!status) return fail(status);
+  }
+  for (int i = 0; i < count; ++i) {
+    m_files[i].existed = true;
+    m_files[i].hash = NHashBytes(targets[i].content.data(), targets[i].content.size());
+  }
+  m_map->ClearChanges();
+  m_modified = false;
+  return true;
+}
+
+void NIniFileKey::MergeOnto(const std::string& mainBytes, const std::string& privateBytes) {
+  auto merged = std::make_unique<Map>(mainBytes.size() + privateBytes.size());
+  for (const std::string* bytes : {&mainBytes, &privateBytes}) {
+    NTextFile::Encoding encoding;
+    ParseInto(*merged, merged->AdoptText(NTextFile::Decode(*bytes, &encoding)), nullptr);
+  }
+  m_map->ForEachChanged([&merged](const Map::Element& element) {
+    if (element.data) {
+      merged->Put(element.name, element.data->CloneOwned(), true, true, false);
+    } else {
+      merged->Remove(element.name, false);
+    }
+  });
+  m_map = std::move(merged);
+}
+
+// ---- Sub-keys ----
+
+namespace {
+
+// Removes a folder with everything in it. Symbolic links are removed, never
+// followed, so a deletion cannot reach outside the store.
+NStatus RemoveTree(NPlatform& platform, const NUnicodeString& folder) {
+  std::vector<NFolderEntry> entries;
+  if (NStatus status = platform.ListFolder(folder, &entries); !status) return status;
+  for (const NFolderEntry& entry : entries) {
+    NUnicodeString path = folder;
+    path.push_back(platform.PathSeparator());
+    path += entry.name;
+    NStatus status = entry.kind == NPathKind::kFolder ? RemoveTree(platform, path) : platform.DeleteFile(path);
+    if (!status) return status;
+  }
+  return platform.RemoveFolder(folder);
+}
+
+NStatus RemoveKeyFiles(NPlatform& platform, const NUnicodeString& folder) {
+  NUnicodeString file = folder;
+  file += u".ini";
+  if (platform.GetPathKind(file) != NPathKind::kNone) {
+    if (NStatus status = platform.DeleteFile(file); !status) return status;
+  }
+  if (platform.GetPathKind(folder) == NPathKind::kFolder) return RemoveTree(platform, folder);
+  return NStatus::Ok();
+}
+
+}  // namespace
+
+bool NIniFileKey::DeleteSubKey(std::u16string_view name, NReportMessageParams& params) {
+  NKeyPath path = m_path;
+  if (!path.Append(name)) {
+    NReportStatus(NStatus::Error(NStatus::kInvalidParameter, "delete key (not a valid key name)", name), params);
+    return false;
+  }
+  if (m_readOnly) {
+    NReportStatus(NStatus::Error(NStatus::kAccessDenied, "delete key (the key was opened read-only)", name), params);
+    return false;
+  }
+  NPlatform& platform = m_store.Platform();
+  NStatus status = RemoveKeyFiles(platform, path.Under(m_store.Root(), platform.PathSeparator()));
+  if (status && !m_store.PrivateRoot().empty()) {
+    status = RemoveKeyFiles(platform, path.Under(m_store.PrivateRoot(), platform.PathSeparator()));
+  }
+  if (!status) {
+    NReportStatus(status, params);
+    return false;
+  }
+  return true;
+}
+
+bool NIniFileKey::SubKeyExists(std::u16string_view name) const {
+  NKeyPath path = m_path;
+  if (!path.Append(name)) return false;
+  NPlatform& platform = m_store.Platform();
+  NUnicodeString folder = path.Under(m_store.Root(), platform.PathSeparator());
+  if (platform.GetPathKind(folder) == NPathKind::kFolder) return true;
+  folder += u".ini";
+  return platform.GetPathKind(folder) == NPathKind::kFile;
+}
+
+std::unique_ptr<NProfileKey> NIniFileKey::OpenSubKey(std::u16string_view name, NReportMessageParams& params) {
+  NKeyPath path = m_path;
+  if (!path.Append(name)) {
+    NReportStatus(NStatus::Error(NStatus::kInvalidParameter, "open key (not a valid key name)", name), params);
+    return nullptr;
+  }
+  return Open(m_store, std::move(path), m_readOnly, params);
+}
+
+std::unique_ptr<NProfileKeyIterator> NIniFileKey::CreateIterator(bool values) {
+  if (values) return std::make_unique<Iterator>(*this);
+  return std::make_unique<Iterator>(m_store.Platform(), FolderPath());
+}

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "store/NIniFileKey.h"
+
+class NPlatform;
+
+// Walks the sub-keys or the values of an INI key. The entries are collected
+// when the iterator is made, ordered by name compared without case over the
+// length of the shorter name (a name that is a prefix of another comes
+// first); names that differ only in case are one entry.
+//
+// Sub-keys: a folder is kind 5, a file "<name>.ini" kind 6, both kind 7;
+// other files are ignored. A folder that cannot be listed is logged and
+// gives no entries. Values: each value with its type tag; a value deleted
+// after the iterator was made is skipped, not reported.
+//
+// The key must outlive the iterator.
+class NIniFileKey::Iterator final : public NProfileKeyIterator {
+ public:
+  // Over the sub-keys in `folder`.
+  Iterator(NPlatform& platform, const NUnicodeString& folder);
+  // Over the values of `key`.
+  explicit Iterator(const NIniFileKey& key);
+
+  bool Next(NUnicodeString* name, std::uint32_t* kind) override;
+  bool NextName(NUnicodeString* name) override;
+
+  // The iterator's order: negative, zero or positive.
+  static int Compare(std::u16string_view a, std::u16string_view b);
+
+ private:
+  struct Entry {
+    NUnicodeString name;
+    std::uint32_t kind;
+  };
+  void Sort();
+
+  const NIniFileKey* m_key = nullptr;  // set for a value iterator
+  std::vector<Entry> m_entries;
+  std::size_t m_next = 0;
+};

@@ -1,0 +1,107 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <deque>
+#include <memory_resource>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "store/NIniFileData.h"
+
+// The ordered value table of one INI key (NIniFileKey::Map).
+//
+// Two ordered arrays of elements (a name and its data, or none): the fixed
+// array, pre-seeded with the personal names in their fixed order, and the
+// free array, holding every other name in the order it was first read or
+// set. Iteration, and so a saved file, goes over the fixed array first. An
+// element without data counts as absent but keeps its place, so a value
+// deleted and set again returns to where it was.
+//
+// Lookups go through an index beside the arrays (open addressing over the
+// free array, a fixed table for the personal names), so they never scan.
+// Names are compared exactly: case matters.
+//
+// The table owns the texts of the files it was loaded from; values read from
+// them point into those texts, and their objects live in an arena that goes
+// with the table. Values set later are owned one by one.
+class NIniFileKeyMap {
+ public:
+  static constexpr std::size_t kFixedCount = 22;
+  static const std::array<std::string_view, kFixedCount> kFixedNames;
+
+  struct Element {
+    std::string_view name;       // UTF-8
+    NIniFileData* data = nullptr;
+    bool heap = false;           // data was allocated on its own, not in the arena
+    bool changed = false;        // set or deleted since the table was loaded or saved
+  };
+
+  // `sizeHint`: bytes of file text expected, to size the arena.
+  explicit NIniFileKeyMap(std::size_t sizeHint = 0);
+  NIniFileKeyMap(const NIniFileKeyMap&) = delete;
+  NIniFileKeyMap& operator=(const NIniFileKeyMap&) = delete;
+  ~NIniFileKeyMap();
+
+  // The position of a personal name in the fixed array, or -1.
+  static int FixedIndex(std::string_view name);
+
+  // Keeps a file's text for the table's lifetime and returns a view of the
+  // kept copy, for records to point into.
+  std::string_view AdoptText(std::string text);
+  // Memory that lives as long as the table, for values read from a file.
+  void* Allocate(std::size_t size, std::size_t alignment = alignof(std::max_align_t));
+
+  // The element of `name` (with or without data), or null.
+  const Element* Find(std::string_view name) const;
+  NIniFileData* FindData(std::string_view name) const {
+    const Element* element = Find(name);
+    return element ? element->data : nullptr;
+  }
+
+  // Gives `name` new data, destroying what it held. `name` must outlive the
+  // table unless `copyName` is set.
+  void Put(std::string_view name, NIniFileData* data, bool heap, bool copyName, bool markChanged);
+  // Destroys the data of `name`; false when it had none.
+  bool Remove(std::string_view name, bool markChanged);
+
+  // Calls f(element) for every element that holds data, fixed array first.
+  template <typename F>
+  void ForEach(F&& f) const {
+    for (const Element& e : m_fixed) {
+      if (e.data) f(e);
+    }
+    for (const Element& e : m_free) {
+      if (e.data) f(e);
+    }
+  }
+  // Calls f(element) for every element changed since load or save.
+  template <typename F>
+  void ForEachChanged(F&& f) const {
+    for (const Element& e : m_fixed) {
+      if (e.changed) f(e);
+    }
+    for (const Element& e : m_free) {
+      if (e.changed) f(e);
+    }
+  }
+
+  bool HasFixedData() const;
+  bool HasFixedChange() const;
+  void ClearChanges();
+  std::size_t ValueCount() const;
+
+ private:
+  Element* Lookup(std::string_view name);
+  Element& Insert(std::string_view name, bool copyName);
+  void Grow();
+  static void Destroy(Element& element);
+
+  std::array<Element, kFixedCount> m_fixed;
+  std::vector<Element> m_free;
+  std::vector<std::uint32_t> m_index;  // 0: empty; otherwise a free-array position + 1
+  std::deque<std::string> m_texts;
+  std::deque<std::string> m_ownedNames;
+  std::pmr::monotonic_buffer_resource m_arena;
+};

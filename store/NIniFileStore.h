@@ -1,0 +1,46 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+
+#include "base/NExport.h"
+#include "base/NUnicodeString.h"
+#include "store/NProfileStore.h"
+
+class NPlatform;
+
+struct NIniFileStoreOptions {
+  // Flush each saved file to the disk before its lock is released.
+  bool syncOnSave = true;
+  // A wait for a file's lock longer than this is logged, and goes on.
+  std::chrono::milliseconds lockWarning{5000};
+};
+
+// The INI folder store: a tree of keys kept as folders and ".ini" files
+// under a root folder, with an optional private root that receives each
+// key's personal values. Its files are created with the platform's default
+// access, those of the private half owner-only.
+//
+// Immutable after construction; keys opened from it may be used by
+// different threads at once (each key by one thread). It must outlive its
+// keys, and `platform` must outlive it.
+class NIniFileStore final : public NProfileStore {
+ public:
+  CFGDECK_API NIniFileStore(NUnicodeString root, NUnicodeString privateRoot);
+  NIniFileStore(NUnicodeString root, NUnicodeString privateRoot, NPlatform& platform,
+                NIniFileStoreOptions options = {});
+  CFGDECK_API ~NIniFileStore() override;
+
+  CFGDECK_API std::unique_ptr<NProfileKey> OpenRootKey(bool readOnly, NReportMessageParams& params) override;
+
+  const NUnicodeString& Root() const { return m_root; }
+  const NUnicodeString& PrivateRoot() const { return m_privateRoot; }
+  NPlatform& Platform() const { return m_platform; }
+  const NIniFileStoreOptions& Options() const { return m_options; }
+
+ private:
+  NUnicodeString m_root;
+  NUnicodeString m_privateRoot;
+  NPlatform& m_platform;
+  NIniFileStoreOptions m_options;
+};

@@ -1,0 +1,50 @@
+#include "store/NKeyPath.h"
+
+bool NKeyPath::IsValidName(std::u16string_view name) {
+  if (name.empty() || name == u"." || name == u"..") return false;
+  if (name.back() == u'.' || name.back() == u' ') return false;
+  for (const char16_t c : name) {
+    if (c < 0x20 || c == 0x7F) return false;
+    if (c == u'\\' || c == u'/' || c == u':') return false;
+  }
+  return true;
+}
+
+bool NKeyPath::Append(std::u16string_view path, bool allowSlash) {
+  std::vector<NUnicodeString> added;
+  size_t start = 0;
+  for (;;) {
+    size_t end = path.find_first_of(allowSlash ? std::u16string_view(u"\\/") : std::u16string_view(u"\\"), start);
+    const std::u16string_view name = path.substr(start, end == std::u16string_view::npos ? end : end - start);
+    if (!IsValidName(name)) return false;
+    added.emplace_back(name);
+    if (end == std::u16string_view::npos) break;
+    start = end + 1;
+  }
+  for (NUnicodeString& name : added) m_names.push_back(std::move(name));
+  return true;
+}
+
+NKeyPath NKeyPath::Parent() const {
+  NKeyPath parent = *this;
+  if (!parent.m_names.empty()) parent.m_names.pop_back();
+  return parent;
+}
+
+NUnicodeString NKeyPath::Join(char16_t separator) const {
+  NUnicodeString joined;
+  for (const NUnicodeString& name : m_names) {
+    if (!joined.empty()) joined.push_back(separator);
+    joined += name;
+  }
+  return joined;
+}
+
+NUnicodeString NKeyPath::Under(std::u16string_view root, char16_t separator) const {
+  NUnicodeString path(root);
+  for (const NUnicodeString& name : m_names) {
+    if (!path.empty() && path.back() != separator) path.push_back(separator);
+    path += name;
+  }
+  return path;
+}

@@ -1,0 +1,124 @@
+#include "store/NTextFile.h"
+
+#include <cstring>
+
+#include "platform/NUnicode.h"
+
+namespace {
+
+bool StartsWith(std::string_view bytes, std::string_view mark) { return bytes.substr(0, mark.size()) == mark; }
+
+std::u16string Utf16FromBytes(std::string_view bytes, bool bigEndian) {
+  // An odd last byte cannot form a code unit; it becomes U+FFFD.
+  std::u16string units(bytes.size() / 2, u'\0');
+  for (size_t i = 0; i < units.size(); ++i) {
+    const auto hi = static_cast<unsigned char>(bytes[2 * i + (bigEndian ? 0 : 1)]);
+    const auto lo = static_cast<unsigned char>(bytes[2 * i + (bigEndian ? 1 : 0)]);
+    units[i] = static_cast<char16_t>(hi << 8 | lo);
+  }
+  if (bytes.size() % 2) units.push_back(u'\uFFFD');
+  return units;
+}
+
+bool IsAscii(std::string_view bytes) {
+  unsigned char any = 0;
+  for (const char c : bytes) any |= static_cast<unsigned char>(c);
+  return any < 0x80;
+}
+
+// UTF-8 text kept as it is when valid; otherwise re-encoded with U+FFFD in
+// place of each malformed sequence.
+std::string CleanUtf8(std::string_view bytes) {
+  if (IsAscii(bytes) || NIsValidUtf8(bytes)) return std::string(bytes);
+  return NUtf16ToUtf8(NUtf8ToUtf16(bytes));
+}
+
+}  // namespace
+
+std::string NTextFile::Decode(std::string_view raw, Encoding* encoding) {
+  if (StartsWith(raw, "\xEF\xBB\xBF")) {
+    *encoding = Encoding::kUtf8;
+    return CleanUtf8(raw.substr(3));
+  }
+  if (StartsWith(raw, "\xFF\xFE")) {
+    *encoding = Encoding::kUtf16LE;
+    return NUtf16ToUtf8(Utf16FromBytes(raw.substr(2), false));
+  }
+  if (StartsWith(raw, "\xFE\xFF")) {
+    *encoding = Encoding::kUtf16BE;
+    return NUtf16ToUtf8(Utf16FromBytes(raw.substr(2), true));
+  }
+  *encoding = Encoding::kAnsi;
+  if (IsAscii(raw)) return std::string(raw);
+  return NUtf16ToUtf8(NAnsiToUtf16(raw));
+}
+
+NStatus NTextFile::Read(std::string* raw, std::string* text, Encoding* encoding) {
+  if (!m_file) return NStatus::Error(NStatus::kInvalidHandle, "read");
+  NFileInfo info;
+  if (NStatus status = m_file->GetInfo(&info); !status) return status;
+  if (info.size > kMaxFileSize) return NStatus::Error(NStatus::kNotEnoughMemory, "read (file too large)");
+  // The size is a hint: another writer may have changed it meanwhile, so
+  // reading goes on block by block until a short read.
+  raw->clear();
+  raw->reserve(static_cast<size_t>(info.size) + 1);
+  for (;;) {
+    const size_t at = raw->size();
+    if (at >= kMaxFileSize) return NStatus::Error(NStatus::kNotEnoughMemory, "read (file too large)");
+    raw->resize(at + kBlockSize);
+    size_t got = 0;
+    NStatus status = m_file->Read(at, raw->data() + at, kBlockSize, &got);
+    raw->resize(at + got);
+    if (!status) return status;
+    if (got < kBlockSize) break;
+  }
+  *text = Decode(*raw, encoding);
+  return NStatus::Ok();
+}
+
+std::string NTextFile::Encoded() const {
+  switch (m_encoding) {
+    case Encoding::kUtf8:
+      return "\xEF\xBB\xBF" + m_pending;
+    case Encoding::kAnsi:
+      return m_pending;  // the writer never leaves UTF-8 for an ANSI code page
+    case Encoding::kUtf16LE:
+    case Encoding::kUtf16BE: {
+      const bool big = m_encoding == Encoding::kUtf16BE;
+      const std::u16string units = NUtf8ToUtf16(m_pending);
+      std::string out(big ? "\xFE\xFF" : "\xFF\xFE");
+      out.reserve(2 + units.size() * 2);
+      for (const char16_t unit : units) {
+        const char hi = static_cast<char>(unit >> 8);
+        const char lo = static_cast<char>(unit & 0xFF);
+        out.push_back(big ? hi : lo);
+        out.push_back(big ? lo : hi);
+      }
+      return out;
+    }
+  }
+  return m_pending;
+}
+
+bool NLineReader::Next(std::string_view* line) {
+  if (m_position >= m_text.size()) return false;
+  const char* begin = m_text.data() + m_position;
+  const size_t left = m_text.size() - m_position;
+  // The line ends at the first CR or LF.
+  const void* lf = std::memchr(begin, '\n', left);
+  const size_t lfAt = lf ? static_cast<size_t>(static_cast<const char*>(lf) - begin) : left;
+  const void* cr = std::memchr(begin, '\r', lfAt);
+  const size_t end = cr ? static_cast<size_t>(static_cast<const char*>(cr) - begin) : lfAt;
+  *line = std::string_view(begin, end);
+  ++m_lineNumber;
+  if (end == left) {
+    m_position = m_text.size();
+    m_unterminated = true;
+    return true;
+  }
+  m_unterminated = false;
+  size_t next = end + 1;
+  if (begin[end] == '\r' && next < left && begin[next] == '\n') ++next;
+  m_position += next;
+  return true;
+}

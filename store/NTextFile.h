@@ -1,0 +1,84 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "platform/NFile.h"
+
+// The text-file reader and writer of the store, on an open NFile.
+//
+// Reading takes the whole file in blocks of 4096 bytes, recognises a
+// byte-order mark (EF BB BF for UTF-8, then FF FE for UTF-16LE, then FE FF
+// for UTF-16BE, in that order) and hands back the text as UTF-8, whatever
+// the file's encoding; a file without a mark is in the ANSI code page.
+// Malformed input becomes U+FFFD. Splitting into lines is NLineReader's job.
+//
+// Writing collects UTF-8 lines in memory, each ended by CR LF, and encodes
+// them in one piece, so that a file is never touched before its whole new
+// content exists. The writer's own default encoding is UTF-16LE; the store
+// always sets UTF-8.
+//
+// Does not own the file. Not thread-safe.
+class NTextFile {
+ public:
+  enum class Encoding { kAnsi, kUtf8, kUtf16LE, kUtf16BE };
+
+  static constexpr std::size_t kBlockSize = 4096;
+  // Key files are small; a larger file is refused rather than read whole.
+  static constexpr std::uint64_t kMaxFileSize = 256ull << 20;
+
+  explicit NTextFile(NFile& file) : m_file(&file) {}
+  // A writer only, whose output the caller takes from Pending or Encoded.
+  NTextFile() = default;
+
+  // Reads the whole file from offset 0. On success *raw holds the bytes as
+  // they are on disk, *text the decoded text in UTF-8 (without the mark).
+  NStatus Read(std::string* raw, std::string* text, Encoding* encoding);
+
+  // Decodes bytes as Read does, for tests and for content read elsewhere.
+  static std::string Decode(std::string_view raw, Encoding* encoding);
+
+  void SetEncoding(Encoding encoding) { m_encoding = encoding; }
+  Encoding GetEncoding() const { return m_encoding; }
+
+  // Appends UTF-8 text to the pending output; WriteLine adds CR LF.
+  void Write(std::string_view utf8) { m_pending.append(utf8); }
+  void WriteLine(std::string_view utf8) {
+    m_pending.append(utf8);
+    m_pending.append("\r\n");
+  }
+  std::string& Pending() { return m_pending; }
+
+  // The pending output encoded, with the encoding's byte-order mark first.
+  std::string Encoded() const;
+
+ private:
+  NFile* m_file = nullptr;
+  Encoding m_encoding = Encoding::kUtf16LE;
+  std::string m_pending;
+};
+
+// Splits UTF-8 text into lines. A line ends at CR, at LF, or at CR LF; the
+// line end is not part of the line, and the last line needs none. An empty
+// line is a line, not skipped.
+class NLineReader {
+ public:
+  explicit NLineReader(std::string_view text) : m_text(text) {}
+
+  // The next line; false at the end of the text.
+  bool Next(std::string_view* line);
+
+  // 1-based number of the line Next gave last.
+  std::size_t LineNumber() const { return m_lineNumber; }
+  // True when the line Next gave last ended the text without a line end.
+  bool LastLineUnterminated() const { return m_unterminated; }
+  // Byte offset in the text just after the last line and its line end.
+  std::size_t Offset() const { return m_position; }
+
+ private:
+  std::string_view m_text;
+  std::size_t m_position = 0;
+  std::size_t m_lineNumber = 0;
+  bool m_unterminated = false;
+};
