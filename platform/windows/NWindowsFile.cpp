@@ -67,6 +67,11 @@ NStatus NWindowsFile::Truncate(std::uint64_t length) {
 }
 
 NStatus NWindowsFile::Reserve(std::uint64_t length) {
+  // An allocation below the end of the file would cut it; reserving never
+  // changes the visible length.
+  FILE_STANDARD_INFO standard = {};
+  if (!GetFileInformationByHandleEx(m_handle, FileStandardInfo, &standard, sizeof standard)) return Failure("reserve");
+  if (static_cast<std::uint64_t>(standard.EndOfFile.QuadPart) >= length) return NStatus::Ok();
   FILE_ALLOCATION_INFO info = {};
   info.AllocationSize.QuadPart = static_cast<LONGLONG>(length);
   return SetFileInformationByHandle(m_handle, FileAllocationInfo, &info, sizeof info) ? NStatus::Ok()

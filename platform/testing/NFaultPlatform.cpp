@@ -1,0 +1,180 @@
+#include "platform/testing/NFaultPlatform.h"
+
+#include <utility>
+
+namespace {
+
+// The operation names the real platforms put in their errors, so that a
+// report from an injected failure reads like one from the system.
+const char* OperationName(NFaultKind kind) {
+  switch (kind) {
+    case NFaultKind::kOpen: return "open";
+    case NFaultKind::kRead: return "read";
+    case NFaultKind::kWrite: return "write";
+    case NFaultKind::kTruncate: return "truncate";
+    case NFaultKind::kReserve: return "reserve";
+    case NFaultKind::kLock: return "lock";
+    case NFaultKind::kUnlock: return "unlock";
+    case NFaultKind::kSync: return "sync";
+    case NFaultKind::kGetInfo: return "stat";
+    case NFaultKind::kDelete: return "delete";
+    case NFaultKind::kMove: return "move";
+    case NFaultKind::kCreateFolder: return "create folder";
+    case NFaultKind::kRemoveFolder: return "remove folder";
+    case NFaultKind::kListFolder: return "list folder";
+  }
+  return "unknown";
+}
+
+NStatus Injected(const NFault& fault, NFaultKind kind, std::u16string_view path) {
+  return NStatus::Error(fault.error, OperationName(kind), path);
+}
+
+}  // namespace
+
+class NFaultPlatform::NFaultFile final : public NFile {
+ public:
+  NFaultFile(NFaultPlatform& platform, std::unique_ptr<NFile> file, std::u16string path)
+      : m_platform(platform), m_file(std::move(file)), m_path(std::move(path)) {}
+
+  NStatus Read(std::uint64_t offset, void* buffer, std::size_t size, std::size_t* bytesRead) override {
+    if (auto fault = m_platform.Count(NFaultKind::kRead)) {
+      *bytesRead = 0;
+      return Injected(*fault, NFaultKind::kRead, m_path);
+    }
+    return m_file->Read(offset, buffer, size, bytesRead);
+  }
+
+  NStatus Write(std::uint64_t offset, const void* data, std::size_t size) override {
+    auto fault = m_platform.Count(NFaultKind::kWrite);
+    if (!fault) return m_file->Write(offset, data, size);
+    if (fault->shortWrite && size / 2 > 0) {
+      if (NStatus status = m_file->Write(offset, data, size / 2); !status) return status;
+    }
+    return Injected(*fault, NFaultKind::kWrite, m_path);
+  }
+
+  NStatus Truncate(std::uint64_t length) override {
+    if (auto fault = m_platform.Count(NFaultKind::kTruncate)) return Injected(*fault, NFaultKind::kTruncate, m_path);
+    return m_file->Truncate(length);
+  }
+
+  NStatus Reserve(std::uint64_t length) override {
+    if (auto fault = m_platform.Count(NFaultKind::kReserve)) return Injected(*fault, NFaultKind::kReserve, m_path);
+    return m_file->Reserve(length);
+  }
+
+  NStatus Lock(std::uint64_t offset, std::uint64_t length, NLockKind kind, std::chrono::milliseconds timeout) override {
+    if (auto fault = m_platform.Count(NFaultKind::kLock)) return Injected(*fault, NFaultKind::kLock, m_path);
+    return m_file->Lock(offset, length, kind, timeout);
+  }
+
+  NStatus Unlock(std::uint64_t offset, std::uint64_t length) override {
+    if (auto fault = m_platform.Count(NFaultKind::kUnlock)) return Injected(*fault, NFaultKind::kUnlock, m_path);
+    return m_file->Unlock(offset, length);
+  }
+
+  NStatus GetInfo(NFileInfo* info) override {
+    if (auto fault = m_platform.Count(NFaultKind::kGetInfo)) return Injected(*fault, NFaultKind::kGetInfo, m_path);
+    return m_file->GetInfo(info);
+  }
+
+  NStatus Sync() override {
+    if (auto fault = m_platform.Count(NFaultKind::kSync)) return Injected(*fault, NFaultKind::kSync, m_path);
+    return m_file->Sync();
+  }
+
+ private:
+  NFaultPlatform& m_platform;
+  std::unique_ptr<NFile> m_file;
+  std::u16string m_path;
+};
+
+void NFaultPlatform::FailNth(NFaultKind kind, int n, std::uint32_t error, bool sticky) {
+  Inject(kind, n, {.error = error, .sticky = sticky});
+}
+
+void NFaultPlatform::FailNth(NFaultKind kind, int n, const NFault& fault) { Inject(kind, n, fault); }
+
+void NFaultPlatform::FailNthOfAny(int n, std::uint32_t error, bool sticky) {
+  Inject(std::nullopt, n, {.error = error, .sticky = sticky});
+}
+
+void NFaultPlatform::FailNthOfAny(int n, const NFault& fault) { Inject(std::nullopt, n, fault); }
+
+void NFaultPlatform::Inject(std::optional<NFaultKind> kind, int n, const NFault& fault) {
+  std::lock_guard lock(m_mutex);
+  const int now = kind ? m_counts[static_cast<std::size_t>(*kind)] : m_total;
+  m_injections.push_back({.kind = kind, .at = now + n, .fault = fault});
+}
+
+int NFaultPlatform::CallCount(NFaultKind kind) const {
+  std::lock_guard lock(m_mutex);
+  return m_counts[static_cast<std::size_t>(kind)];
+}
+
+int NFaultPlatform::TotalCalls() const {
+  std::lock_guard lock(m_mutex);
+  return m_total;
+}
+
+bool NFaultPlatform::Fired() const {
+  std::lock_guard lock(m_mutex);
+  return m_fired;
+}
+
+void NFaultPlatform::Reset() {
+  std::lock_guard lock(m_mutex);
+  m_counts.fill(0);
+  m_total = 0;
+  m_injections.clear();
+  m_fired = false;
+}
+
+std::optional<NFault> NFaultPlatform::Count(NFaultKind kind) {
+  std::lock_guard lock(m_mutex);
+  const int count = ++m_counts[static_cast<std::size_t>(kind)];
+  ++m_total;
+  for (const NInjection& injection : m_injections) {
+    if (injection.kind && *injection.kind != kind) continue;
+    const int reached = injection.kind ? count : m_total;
+    if (reached == injection.at || (injection.fault.sticky && reached > injection.at)) {
+      m_fired = true;
+      return injection.fault;
+    }
+  }
+  return std::nullopt;
+}
+
+NStatus NFaultPlatform::OpenFile(std::u16string_view path, const NOpenOptions& options, std::unique_ptr<NFile>* file) {
+  if (auto fault = Count(NFaultKind::kOpen)) return Injected(*fault, NFaultKind::kOpen, path);
+  std::unique_ptr<NFile> opened;
+  if (NStatus status = Target().OpenFile(path, options, &opened); !status) return status;
+  *file = std::make_unique<NFaultFile>(*this, std::move(opened), std::u16string(path));
+  return NStatus::Ok();
+}
+
+NStatus NFaultPlatform::DeleteFile(std::u16string_view path) {
+  if (auto fault = Count(NFaultKind::kDelete)) return Injected(*fault, NFaultKind::kDelete, path);
+  return Target().DeleteFile(path);
+}
+
+NStatus NFaultPlatform::MoveFile(std::u16string_view from, std::u16string_view to) {
+  if (auto fault = Count(NFaultKind::kMove)) return Injected(*fault, NFaultKind::kMove, from);
+  return Target().MoveFile(from, to);
+}
+
+NStatus NFaultPlatform::CreateFolder(std::u16string_view path, NFileSecurity security) {
+  if (auto fault = Count(NFaultKind::kCreateFolder)) return Injected(*fault, NFaultKind::kCreateFolder, path);
+  return Target().CreateFolder(path, security);
+}
+
+NStatus NFaultPlatform::RemoveFolder(std::u16string_view path) {
+  if (auto fault = Count(NFaultKind::kRemoveFolder)) return Injected(*fault, NFaultKind::kRemoveFolder, path);
+  return Target().RemoveFolder(path);
+}
+
+NStatus NFaultPlatform::ListFolder(std::u16string_view path, std::vector<NFolderEntry>* entries) {
+  if (auto fault = Count(NFaultKind::kListFolder)) return Injected(*fault, NFaultKind::kListFolder, path);
+  return Target().ListFolder(path, entries);
+}
