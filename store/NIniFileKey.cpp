@@ -140,11 +140,10 @@ bool NIniFileKey::LoadFile(Map& map, const NUnicodeString& path, FileState* stat
   std::unique_ptr<NFile> file;
   NStatus status = platform.OpenFile(path, options, &file);
   if (status.IsNotFound()) return true;  // a key without values
-  std::string raw, text;
-  NTextFile::Encoding encoding;
+  std::string raw;
   if (status) status = LockWithWarning(*file, NLockKind::kShared);
   if (status) {
-    status = NTextFile(*file).Read(&raw, &text, &encoding);
+    status = NTextFile(*file).Read(&raw);
     NStatus unlocked = file->Unlock(kLockOffset, kLockLength);
     if (status) status = std::move(unlocked);
   }
@@ -157,7 +156,8 @@ bool NIniFileKey::LoadFile(Map& map, const NUnicodeString& path, FileState* stat
   state->hash = NHashBytes(raw.data(), raw.size());
   report->file = path;
   report->emptyFile = raw.empty();
-  const std::string_view kept = map.AdoptText(std::move(text));
+  NTextFile::Encoding encoding;
+  const std::string_view kept = map.AdoptText(NTextFile::Decode(std::move(raw), &encoding));
   ParseInto(map, kept, report);
   if (report->emptyFile || report->unterminated) {
     Trace(u"NIniFileKey: possibly interrupted save: %1\n", path);

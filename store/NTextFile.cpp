@@ -35,10 +35,15 @@ std::string CleanUtf8(std::string_view bytes) {
 
 }  // namespace
 
-std::string NTextFile::Decode(std::string_view raw, Encoding* encoding) {
+std::string NTextFile::Decode(std::string raw, Encoding* encoding) {
   if (StartsWith(raw, "\xEF\xBB\xBF")) {
     *encoding = Encoding::kUtf8;
-    return CleanUtf8(raw.substr(3));
+    const std::string_view text = std::string_view(raw).substr(3);
+    if (IsAscii(text) || NIsValidUtf8(text)) {
+      raw.erase(0, 3);
+      return raw;
+    }
+    return CleanUtf8(text);
   }
   if (StartsWith(raw, "\xFF\xFE")) {
     *encoding = Encoding::kUtf16LE;
@@ -49,11 +54,11 @@ std::string NTextFile::Decode(std::string_view raw, Encoding* encoding) {
     return NUtf16ToUtf8(Utf16FromBytes(raw.substr(2), true));
   }
   *encoding = Encoding::kAnsi;
-  if (IsAscii(raw)) return std::string(raw);
+  if (IsAscii(raw)) return raw;
   return NUtf16ToUtf8(NAnsiToUtf16(raw));
 }
 
-NStatus NTextFile::Read(std::string* raw, std::string* text, Encoding* encoding) {
+NStatus NTextFile::Read(std::string* raw) {
   if (!m_file) return NStatus::Error(NStatus::kInvalidHandle, "read");
   NFileInfo info;
   if (NStatus status = m_file->GetInfo(&info); !status) return status;
@@ -72,7 +77,6 @@ NStatus NTextFile::Read(std::string* raw, std::string* text, Encoding* encoding)
     if (!status) return status;
     if (got < kBlockSize) break;
   }
-  *text = Decode(*raw, encoding);
   return NStatus::Ok();
 }
 

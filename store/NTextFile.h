@@ -32,12 +32,12 @@ class NTextFile {
   // A writer only, whose output the caller takes from Pending or Encoded.
   NTextFile() = default;
 
-  // Reads the whole file from offset 0. On success *raw holds the bytes as
-  // they are on disk, *text the decoded text in UTF-8 (without the mark).
-  NStatus Read(std::string* raw, std::string* text, Encoding* encoding);
+  // Reads the whole file from offset 0, the bytes as they are on disk.
+  NStatus Read(std::string* raw);
 
-  // Decodes bytes as Read does, for tests and for content read elsewhere.
-  static std::string Decode(std::string_view raw, Encoding* encoding);
+  // The text of a file's bytes as UTF-8, without the mark. Takes the bytes,
+  // so that the usual clean UTF-8 file is not copied.
+  static std::string Decode(std::string raw, Encoding* encoding);
 
   void SetEncoding(Encoding encoding) { m_encoding = encoding; }
   Encoding GetEncoding() const { return m_encoding; }
