@@ -6,11 +6,10 @@
 
 #include "base/NStringArray.h"
 #include "base/NUnicodeString.h"
+#include "location/NReportMessageParams.h"
 #include "store/NProfileKeyIterator.h"
 #include "store/NProfileValueType.h"
 #include "store/NSecurityDescriptor.h"
-
-class NReportMessageParams;
 
 // One key of a profile store: named, typed values and sub-keys. Records read
 // and write their settings only through this interface; the backends (the
@@ -81,7 +80,16 @@ class NProfileKey {
   virtual std::unique_ptr<NProfileKeyIterator> CreateIterator(bool values) = 0;
 
   // Conveniences for callers that do not need the reason of a failure.
-  bool Flush();
-  bool Reload();
-  std::unique_ptr<NProfileKey> OpenSubKey(std::u16string_view name);
+  bool Flush() {
+    NReportMessageParams ignored;
+    return Flush(ignored);
+  }
+  bool Reload() {
+    NReportMessageParams ignored;
+    return Reload(ignored);
+  }
+  std::unique_ptr<NProfileKey> OpenSubKey(std::u16string_view name) {
+    NReportMessageParams ignored;
+    return OpenSubKey(name, ignored);
+  }
 };

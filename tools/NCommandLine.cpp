@@ -24,8 +24,6 @@ bool ParseCode(std::string_view text, std::uint32_t* code) {
   return error == std::errc() && end == text.data() + text.size() && !text.empty();
 }
 
-std::string Utf8(std::u16string_view text) { return NUnicodeString(text).ToUtf8(); }
-
 }  // namespace
 
 void NCommandLine::Out(std::string_view text) { NWriteStandard(NStandardStream::kOutput, text); }
@@ -139,32 +137,4 @@ int NCommandLine::Message(const std::string& code, const std::vector<std::string
   return kSuccess;
 }
 
-int NCommandLine::Overview() {
-  NPlatform& platform = NPlatform::Default();
-  const NUnicodeString folder = NUnicodeString::FromUtf8(m_configFolder);
-  Out("Configuration folder: " + m_configFolder + "\n");
-  if (!platform.IsFolder(folder)) {
-    Error("cfgdeck: the configuration folder '" + m_configFolder + "' does not exist\n");
-    return kFailure;
-  }
-  std::vector<NFolderEntry> entries;
-  if (NStatus status = platform.ListFolder(folder, &entries); !status) {
-    NReportMessageParams params(status.Code());
-    Error("cfgdeck: cannot list '" + m_configFolder + "': " + params.GetText().ToUtf8());
-    return kFailure;
-  }
-  std::sort(entries.begin(), entries.end(), [](const NFolderEntry& a, const NFolderEntry& b) {
-    return NUnicodeString::CompareIgnoreCase(a.name, b.name) < 0;
-  });
-  Out("Keys:\n");
-  for (const NFolderEntry& entry : entries) {
-    if (entry.kind == NPathKind::kFolder) {
-      Out("  " + Utf8(entry.name) + "\\ (folder)\n");
-    } else if (entry.kind == NPathKind::kFile && entry.name.size() > 4 &&
-               NUnicodeString::CompareIgnoreCase(std::u16string_view(entry.name).substr(entry.name.size() - 4),
-                                                 u".ini") == 0) {
-      Out("  " + Utf8(std::u16string_view(entry.name).substr(0, entry.name.size() - 4)) + "\n");
-    }
-  }
-  return kSuccess;
-}
+int NCommandLine::Overview() { return NStoreCommands(m_configFolder).Overview(); }

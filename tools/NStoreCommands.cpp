@@ -274,3 +274,64 @@ int NStoreCommands::Check(const std::string& keyPath) {
   NOut(report);
   return problems == 0 ? kExitSuccess : kExitFailure;
 }
+
+namespace {
+
+struct SessionCount {
+  std::size_t sessions = 0;
+  std::size_t folders = 0;
+};
+
+// Sessions are the keys with "Is Session"; other keys are folders of them,
+// and "__FolderData__" keys hold a folder's own data.
+void CountSessions(const NIniFileStore& store, const NKeyPath& path, SessionCount* count) {
+  NPlatform& platform = store.Platform();
+  NIniFileKey::Iterator children(platform, path.Under(store.Root(), platform.PathSeparator()));
+  NUnicodeString name;
+  std::uint32_t kind;
+  while (children.Next(&name, &kind)) {
+    NKeyPath child = path;
+    if (name == u"__FolderData__" || !child.Append(name)) continue;
+    std::uint32_t isSession = 0;
+    if (kind != kSubKeyFolder) {
+      NReportMessageParams params;
+      auto key = NIniFileKey::Open(store, child, true, params);
+      if (key && key->GetDwordValue(u"Is Session", &isSession) && isSession != 0) {
+        ++count->sessions;
+        continue;
+      }
+    }
+    ++count->folders;
+    CountSessions(store, child, count);
+  }
+}
+
+}  // namespace
+
+int NStoreCommands::Overview() {
+  NPlatform& platform = m_store.Platform();
+  NOut("Configuration folder: " + m_folder + "\n");
+  if (!platform.IsFolder(m_store.Root())) return Refuse("the configuration folder '" + m_folder + "' does not exist");
+  NIniFileKey::Iterator top(platform, m_store.Root());
+  NUnicodeString name;
+  std::uint32_t kind;
+  std::string lines = "Keys:\n";
+  while (top.Next(&name, &kind)) {
+    NKeyPath path;
+    if (!path.Append(name)) continue;
+    std::string line = "  " + name.ToUtf8() + (kind == kSubKeyFile ? "" : "\\");
+    if (kind != kSubKeyFolder) {
+      NReportMessageParams params;
+      auto key = NIniFileKey::Open(m_store, path, true, params);
+      line += key ? "  (" + std::to_string(key->Values().ValueCount()) + " values)" : "  (cannot be read)";
+    }
+    lines += line + "\n";
+  }
+  NKeyPath sessions;
+  (void)sessions.Append(u"Sessions");
+  SessionCount count;
+  CountSessions(m_store, sessions, &count);
+  lines += "Sessions: " + std::to_string(count.sessions) + " in " + std::to_string(count.folders) + " folders\n";
+  NOut(lines);
+  return kExitSuccess;
+}

@@ -32,6 +32,8 @@ class NStoreCommands {
   int Delete(const std::string& key, const std::string& name);
   int DeleteKey(const std::string& key);
   int Check(const std::string& key);
+  // What the folder holds: its top-level keys and the number of sessions.
+  int Overview();
 
  private:
   bool ParsePath(const std::string& key, NKeyPath* path);

@@ -72,5 +72,68 @@ run --config "$examples/does-not-exist"
 check "overview of a missing folder fails" 1 "$status"
 [[ -n "$err" ]]; check "missing folder is reported on stderr" 0 $?
 
+# ---- keys and values, on a scratch copy of the example folder ----
+scratch="$(mktemp -d)"
+trap 'rm -rf "$scratch"' EXIT
+cp -r "$examples" "$scratch/config"
+cfg=(--config "$scratch/config")
+
+"$tool" "${cfg[@]}" dump Sessions/Lab/router1 > "$scratch/dumped"
+tail -c +4 "$examples/Sessions/Lab/router1.ini" > "$scratch/expected"
+cmp -s "$scratch/dumped" "$scratch/expected"; check "dump prints records as saved, without the mark" 0 $?
+
+run "${cfg[@]}" keys Sessions
+check "keys: kind, tab, name in iterator order" $'6\t__FolderData__\n6\tDefault\n5\tLab\n5\tProduction\n' "$out"
+
+run "${cfg[@]}" values 'Sessions\Lab\switch-console'
+check "values: tag, tab, name; backslash paths" $'0\tBaud Rate\n1\tCom Port\n0\tIs Session\n1\tProtocol Name\n' "$out"
+
+run "${cfg[@]}" set Sessions/New/one Password --string s3cret
+check "set creates the key and its folders" 0 "$status"
+run "${cfg[@]}" set Sessions/New/one Port --dword 0x16
+run "${cfg[@]}" set Sessions/New/one Blob --binary 00fF10
+run "${cfg[@]}" set Sessions/New/one Keys --multi a "b c"
+run "${cfg[@]}" set Sessions/New/one None --multi
+run "${cfg[@]}" set Sessions/New/one Username --string me
+printf '\xef\xbb\xbfS:"Username"=me\r\nS:"Password"=s3cret\r\nD:"Port"=00000016\r\nB:"Blob"=00000003\r\n00ff10\r\nZ:"Keys"=00000002\r\n a\r\n b c\r\nZ:"None"=00000000\r\n' > "$scratch/expected"
+cmp -s "$scratch/config/Sessions/New/one.ini" "$scratch/expected"
+check "values are saved with personal names first" 0 $?
+
+run "${cfg[@]}" set Sessions/New/one Bad --string $'two\nlines'
+check "a value the store cannot hold is refused" 1 "$status"
+run "${cfg[@]}" set Sessions/New/one Port --dword 4294967296
+check "a DWORD out of range is bad usage" 2 "$status"
+run "${cfg[@]}" set Sessions/New/one Blob --binary abc
+check "odd hex is bad usage" 2 "$status"
+run "${cfg[@]}" set ../outside x --dword 1
+check "a path leaving the folder is bad usage" 2 "$status"
+[[ ! -e "$scratch/outside.ini" ]]; check "nothing written outside" 0 $?
+run "${cfg[@]}" set Sessions/New/one x
+check "set without a value is bad usage" 2 "$status"
+
+run "${cfg[@]}" delete Sessions/New/one Port
+check "delete a value" 0 "$status"
+run "${cfg[@]}" delete Sessions/New/one Port
+check "deleting a missing value is refused" 1 "$status"
+run "${cfg[@]}" delete-key Sessions/New
+check "delete-key" 0 "$status"
+[[ ! -e "$scratch/config/Sessions/New" && ! -e "$scratch/config/Sessions/New.ini" ]]
+check "delete-key removes the folder" 0 $?
+run "${cfg[@]}" delete-key Sessions/New
+check "deleting a missing key is refused" 1 "$status"
+
+run "${cfg[@]}" check
+check "check of a sound folder" $'8 keys, 43 values, 0 problems\n' "$out"
+check "check of a sound folder exits 0" 0 "$status"
+printf '\xef\xbb\xbfD:"a"=00000001\r\nd:"b"=00000002\r\n' > "$scratch/config/Sessions/bad.ini"
+: > "$scratch/config/Sessions/empty.ini"
+printf '\xef\xbb\xbfD:"a"=00000001\r\nS:"b"=cut' > "$scratch/config/Sessions/cut.ini"
+run "${cfg[@]}" check Sessions
+check "check reports each damaged file" \
+  $'Sessions\\bad: line 2: kind letter \'d\' is not a kind\nSessions\\cut: no line end after the last record: possibly interrupted save\nSessions\\empty: empty file\n10 keys, 41 values, 3 problems\n' "$out"
+check "check with problems exits 1" 1 "$status"
+run "${cfg[@]}" check Sessions/Nowhere
+check "check of a missing key is refused" 1 "$status"
+
 echo "$((checks - failures)) passed, $failures failed"
 [[ $failures -eq 0 ]]

@@ -1,0 +1,344 @@
+#include "store/NIniRecordReader.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdint>
+#include <cstdlib>
+#include <new>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace {
+
+// The largest single allocation made while `countAllocations` is set, so that
+// a test can see whether reading sized a buffer from a record's count.
+std::atomic<bool> countAllocations{false};
+std::atomic<std::size_t> largestAllocation{0};
+
+void* Allocate(std::size_t size) {
+  if (countAllocations.load(std::memory_order_relaxed)) {
+    std::size_t seen = largestAllocation.load(std::memory_order_relaxed);
+    while (size > seen && !largestAllocation.compare_exchange_weak(seen, size)) {
+    }
+  }
+  if (void* block = std::malloc(size ? size : 1)) return block;
+  throw std::bad_alloc();
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) { return Allocate(size); }
+void* operator new[](std::size_t size) { return Allocate(size); }
+void operator delete(void* block) noexcept { std::free(block); }
+void operator delete[](void* block) noexcept { std::free(block); }
+void operator delete(void* block, std::size_t) noexcept { std::free(block); }
+void operator delete[](void* block, std::size_t) noexcept { std::free(block); }
+
+namespace {
+
+using Result = NIniRecordReader::Result;
+
+struct NReadOutcome {
+  std::vector<NIniRecord> records;
+  Result end = Result::kEnd;
+  std::string problem;
+  std::size_t problemLine = 0;
+  bool endedWithoutLineEnd = false;
+  std::size_t linesRead = 0;
+};
+
+NReadOutcome ReadAll(std::string_view text) {
+  NIniRecordReader reader(text);
+  NReadOutcome outcome;
+  for (int guard = 0; guard < 1000; ++guard) {
+    NIniRecord record;
+    outcome.end = reader.Next(&record);
+    if (outcome.end != Result::kRecord) break;
+    outcome.records.push_back(std::move(record));
+  }
+  outcome.problem = reader.Problem();
+  outcome.problemLine = reader.ProblemLine();
+  outcome.endedWithoutLineEnd = reader.EndedWithoutLineEnd();
+  outcome.linesRead = reader.LinesRead();
+  return outcome;
+}
+
+constexpr std::string_view kValid = "S:\"ok\"=1\r\n";
+
+TEST(NIniRecordReaderTest, ChecksRunInOrderAndTheFirstFailingOneIsReported) {
+  const struct {
+    std::string_view line;
+    std::string_view problem;
+  } cases[] = {
+      {"", "empty line"},
+      {"D:\"a", "shorter than 5 characters"},
+      // Five bytes but four characters.
+      {"D:\"\xC3\xA9", "shorter than 5 characters"},
+      {"xy", "shorter than 5 characters"},
+      {"D;\"a\"=00000001", "character 1 is not ':'"},
+      {"x;\"a\"=1", "character 1 is not ':'"},
+      {"D:a\"=00000001", "character 2 is not '\"'"},
+      {"x:a\"=1", "character 2 is not '\"'"},
+      {"D:'a'=00000001", "character 2 is not '\"'"},
+      {"D:\"abc=00000001", "no '=' after the name"},
+      {"D:\"a\" =00000001", "no '=' after the name"},
+      {"D:\"abcd\"", "no '=' after the name"},
+      {"x:\"a\"b", "no '=' after the name"},
+      {"x:\"a\"=1", "kind letter 'x' is not a kind"},
+      {"d:\"a\"=00000001", "kind letter 'd' is not a kind"},
+      {"s:\"a\"=v", "kind letter 's' is not a kind"},
+      {"D:\"a\"=0000001", "a DWORD needs exactly 8 hex digits after '='"},
+      {"B:\"a\"=1", "a byte count needs exactly 8 hex digits after '='"},
+      {"Z:\"a\"=000000001", "a string count needs exactly 8 hex digits after '='"},
+  };
+  for (const auto& c : cases) {
+    const std::string text = std::string(kValid) + std::string(c.line) + "\r\nS:\"after\"=2\r\n";
+    const NReadOutcome outcome = ReadAll(text);
+    SCOPED_TRACE(text);
+    EXPECT_EQ(outcome.end, Result::kInvalid);
+    EXPECT_EQ(outcome.problem, c.problem);
+    EXPECT_EQ(outcome.problemLine, 2u);
+    ASSERT_EQ(outcome.records.size(), 1u);
+    EXPECT_EQ(outcome.records[0].name, "ok");
+  }
+}
+
+TEST(NIniRecordReaderTest, DwordReadsEightUnitsAndCountsANonDigitAs255) {
+  const struct {
+    std::string_view value;
+    bool valid;
+    std::uint32_t expected;
+  } cases[] = {
+      {"00000000", true, 0},
+      {"12345678", true, 0x12345678},
+      {"ffffffff", true, 0xFFFFFFFF},
+      {"FFFFFFFF", true, 0xFFFFFFFF},
+      {"0000000g", true, 255},
+      {"0000001G", true, 0x10F},
+      // The first digit's 255 is shifted out of 32 bits.
+      {" 0000001", true, 0xF0000001},
+      {"0000000\xC3\xA9", true, 255},
+      // A character outside the BMP is two units, each counting 255.
+      {"000000\xF0\x9F\x98\x80", true, 255 * 16 + 255},
+      {"0000000\xF0\x9F\x98\x80", false, 0},
+      {"0000000", false, 0},
+      {"000000000", false, 0},
+      {"", false, 0},
+      {"00000000 ", false, 0},
+  };
+  for (const auto& c : cases) {
+    const std::string text = "D:\"v\"=" + std::string(c.value);
+    const NReadOutcome outcome = ReadAll(text);
+    SCOPED_TRACE(text);
+    if (!c.valid) {
+      EXPECT_EQ(outcome.end, Result::kInvalid);
+      EXPECT_TRUE(outcome.records.empty());
+      continue;
+    }
+    ASSERT_EQ(outcome.records.size(), 1u);
+    EXPECT_EQ(outcome.records[0].kind, 'D');
+    EXPECT_EQ(outcome.records[0].dword, c.expected);
+    EXPECT_EQ(outcome.end, Result::kEnd);
+  }
+}
+
+TEST(NIniRecordReaderTest, NamesAndStringValuesAreTakenAsWritten) {
+  const struct {
+    std::string_view line;
+    std::string_view name;
+    std::string_view value;
+  } cases[] = {
+      {"S:\"a=b\"=v", "a=b", "v"},
+      {"S:\"a:b c\"=v", "a:b c", "v"},
+      {"S:\" k \"=v", " k ", "v"},
+      {"S:\"caf\xC3\xA9\"=\xF0\x9F\x98\x80", "caf\xC3\xA9", "\xF0\x9F\x98\x80"},
+      {"S:\"k\"==x", "k", "=x"},
+      {"S:\"k\"=\"quoted\" \"", "k", "\"quoted\" \""},
+      {"S:\"k\"=", "k", ""},
+      {"S:\"k\"=  a  b  ", "k", "  a  b  "},
+      // An empty name is still a record; the key discards it later.
+      {"S:\"\"=v", "", "v"},
+      {"S:\"\"=", "", ""},
+  };
+  for (const auto& c : cases) {
+    const std::string text = std::string(c.line) + "\r\n";
+    const NReadOutcome outcome = ReadAll(text);
+    SCOPED_TRACE(text);
+    ASSERT_EQ(outcome.records.size(), 1u);
+    EXPECT_EQ(outcome.records[0].kind, 'S');
+    EXPECT_EQ(outcome.records[0].name, c.name);
+    EXPECT_EQ(outcome.records[0].text, c.value);
+    EXPECT_EQ(outcome.end, Result::kEnd);
+  }
+}
+
+// Each case is a whole text: the bytes are those of the first record, and
+// `records` counts every record read before `end`.
+TEST(NIniRecordReaderTest, BinaryDataLinesYieldExactlyTheCountedBytes) {
+  std::string thirtyThree;
+  for (int i = 0; i < 33; ++i) thirtyThree.push_back(static_cast<char>(i));
+  const struct {
+    const char* name;
+    std::string text;
+    std::string bytes;
+    std::size_t records;
+    Result end;
+    std::string_view problem;
+  } cases[] = {
+      {"two lines",
+       "B:\"b\"=00000021\r\n000102030405060708090a0b0c0d0e0f101112131415161718191a1b1c1d1e1f\r\n20\r\n",
+       thirtyThree, 1, Result::kEnd, ""},
+      {"blanks and upper case", "B:\"b\"=00000004\r\n \t0A 0b\v\fC0\t FF \r\n", "\x0A\x0B\xC0\xFF", 1, Result::kEnd,
+       ""},
+      {"bad digit ends the line", "B:\"b\"=00000003\r\n0102zz03\r\n03\r\n", "\x01\x02\x03", 1, Result::kEnd, ""},
+      {"bytes past a bad digit are not counted", "B:\"b\"=00000001\r\n01-0203\r\n", "\x01", 1, Result::kEnd, ""},
+      {"unpaired last digit", "B:\"b\"=00000002\r\n010\r\n02\r\n", "\x01\x02", 1, Result::kEnd, ""},
+      {"no count reads no line", "B:\"b\"=00000000\r\nD:\"d\"=00000001\r\n", "", 2, Result::kEnd, ""},
+      {"line without a byte", "B:\"b\"=00000002\r\nzz01\r\n", "", 0, Result::kInvalid, "a data line yields no byte"},
+      {"lone digit", "B:\"b\"=00000002\r\n0\r\n0102\r\n", "", 0, Result::kInvalid, "a data line yields no byte"},
+      {"blank line", "B:\"b\"=00000001\r\n \t\r\n01\r\n", "", 0, Result::kInvalid, "a data line yields no byte"},
+      {"empty line", "B:\"b\"=00000001\r\n\r\n01\r\n", "", 0, Result::kInvalid, "a data line yields no byte"},
+      {"too many on one line", "B:\"b\"=00000001\r\n0102\r\n", "", 0, Result::kInvalid,
+       "a data line holds more bytes than the count leaves"},
+      {"too many on the second line", "B:\"b\"=00000003\r\n0102\r\n0304\r\n", "", 0, Result::kInvalid,
+       "a data line holds more bytes than the count leaves"},
+      {"running out", "B:\"b\"=00000003\r\n0102\r\n", "", 0, Result::kInvalid,
+       "the file ends before the 3 bytes of the value"},
+  };
+  for (const auto& c : cases) {
+    const NReadOutcome outcome = ReadAll(c.text);
+    SCOPED_TRACE(c.name);
+    EXPECT_EQ(outcome.end, c.end);
+    EXPECT_EQ(outcome.problem, c.problem);
+    ASSERT_EQ(outcome.records.size(), c.records);
+    if (c.records == 0) continue;
+    EXPECT_EQ(outcome.records[0].kind, 'B');
+    EXPECT_EQ(outcome.records[0].count, c.bytes.size());
+    EXPECT_EQ(outcome.records[0].bytes, c.bytes);
+  }
+}
+
+// The record keeps the block of string lines as one view; each line keeps
+// its leading space, which the key strips later.
+TEST(NIniRecordReaderTest, StringListTakesExactlyCountLinesEachBeginningWithASpace) {
+  const struct {
+    const char* name;
+    std::string_view text;
+    std::uint32_t count;
+    std::string_view block;
+    std::size_t records;
+    Result end;
+    std::string_view problem;
+  } cases[] = {
+      {"no strings", "Z:\"z\"=00000000\r\nS:\"s\"=1\r\n", 0, "", 2, Result::kEnd, ""},
+      {"one empty string", "Z:\"z\"=00000001\r\n \r\n", 1, " ", 1, Result::kEnd, ""},
+      {"leading spaces after the first kept", "Z:\"z\"=00000002\r\n   a\r\n b \r\nS:\"s\"=1", 2, "   a\r\n b ", 2,
+       Result::kEnd, ""},
+      {"mixed line ends inside", "Z:\"z\"=00000003\r\n a\n b\r c\r\n", 3, " a\n b\r c", 1, Result::kEnd, ""},
+      {"no leading space", "Z:\"z\"=00000002\r\n a\r\nb\r\n", 0, "", 0, Result::kInvalid,
+       "a string line does not begin with a space"},
+      {"tab is not a space", "Z:\"z\"=00000001\r\n\ta\r\n", 0, "", 0, Result::kInvalid,
+       "a string line does not begin with a space"},
+      {"empty line", "Z:\"z\"=00000001\r\n\r\n a\r\n", 0, "", 0, Result::kInvalid,
+       "a string line does not begin with a space"},
+      {"running out", "Z:\"z\"=00000003\r\n a\r\n b\r\n", 0, "", 0, Result::kInvalid,
+       "the file ends before the 3 strings of the value"},
+  };
+  for (const auto& c : cases) {
+    const NReadOutcome outcome = ReadAll(c.text);
+    SCOPED_TRACE(c.name);
+    EXPECT_EQ(outcome.end, c.end);
+    EXPECT_EQ(outcome.problem, c.problem);
+    ASSERT_EQ(outcome.records.size(), c.records);
+    if (c.records == 0) continue;
+    EXPECT_EQ(outcome.records[0].kind, 'Z');
+    EXPECT_EQ(outcome.records[0].count, c.count);
+    EXPECT_EQ(outcome.records[0].text, c.block);
+  }
+}
+
+// The problem line counts every line, data and string lines included.
+TEST(NIniRecordReaderTest, AnInvalidRecordEndsReadingAndKeepsTheRecordsBefore) {
+  const struct {
+    const char* name;
+    std::string_view text;
+    std::vector<std::string_view> names;
+    std::string_view problem;
+    std::size_t problemLine;
+  } cases[] = {
+      {"third record", "S:\"a\"=1\r\nD:\"b\"=00000002\r\nS:\"c\"\r\nS:\"d\"=4\r\n", {"a", "b"}, "no '=' after the name", 3},
+      {"empty line between records", "S:\"a\"=1\r\n\r\nS:\"b\"=2\r\n", {"a"}, "empty line", 2},
+      {"after multi-line values",
+       "B:\"a\"=00000002\r\n01\r\n02\r\nZ:\"b\"=00000001\r\n x\r\nQ:\"c\"=1\r\nS:\"d\"=4\r\n",
+       {"a", "b"},
+       "kind letter 'Q' is not a kind",
+       6},
+      {"a string line that looks like a record", "Z:\"a\"=00000001\r\nS:\"b\"=1\r\nS:\"c\"=2\r\n", {},
+       "a string line does not begin with a space", 2},
+  };
+  for (const auto& c : cases) {
+    const NReadOutcome outcome = ReadAll(c.text);
+    SCOPED_TRACE(c.name);
+    EXPECT_EQ(outcome.end, Result::kInvalid);
+    EXPECT_EQ(outcome.problem, c.problem);
+    EXPECT_EQ(outcome.problemLine, c.problemLine);
+    ASSERT_EQ(outcome.records.size(), c.names.size());
+    for (std::size_t i = 0; i < c.names.size(); ++i) EXPECT_EQ(outcome.records[i].name, c.names[i]);
+  }
+}
+
+TEST(NIniRecordReaderTest, LinesEndAtCrLfOrCrLfAndTheLastNeedsNone) {
+  const struct {
+    const char* name;
+    std::string_view text;
+    std::vector<std::string_view> values;
+    bool endedWithoutLineEnd;
+  } cases[] = {
+      {"mixed", "S:\"a\"=1\rS:\"b\"=2\nS:\"c\"=3\r\nS:\"d\"=4\r\n", {"1", "2", "3", "4"}, false},
+      {"last line unterminated", "S:\"a\"=1\r\nS:\"b\"=2", {"1", "2"}, true},
+      {"last line ends in CR", "S:\"a\"=1\r", {"1"}, false},
+      {"unterminated string list", "Z:\"a\"=00000001\n x", {" x"}, true},
+      {"unterminated data line", "B:\"a\"=00000001\r41", {"A"}, true},
+  };
+  for (const auto& c : cases) {
+    const NReadOutcome outcome = ReadAll(c.text);
+    SCOPED_TRACE(c.name);
+    EXPECT_EQ(outcome.end, Result::kEnd);
+    EXPECT_EQ(outcome.endedWithoutLineEnd, c.endedWithoutLineEnd);
+    ASSERT_EQ(outcome.records.size(), c.values.size());
+    for (std::size_t i = 0; i < c.values.size(); ++i) {
+      const NIniRecord& record = outcome.records[i];
+      EXPECT_EQ(record.kind == 'B' ? std::string_view(record.bytes) : record.text, c.values[i]);
+    }
+  }
+  EXPECT_EQ(ReadAll("S:\"a\"=1\rS:\"b\"=2\nS:\"c\"=3\r\nS:\"d\"=4").linesRead, 4u);
+}
+
+// A count of 4294967295 must not size anything: reading fails when the
+// lines run out, having allocated no more than the few lines hold.
+TEST(NIniRecordReaderTest, HostileCountsFailWithoutAllocatingForTheCount) {
+  const struct {
+    std::string_view text;
+    std::string_view problem;
+  } cases[] = {
+      {"B:\"x\"=ffffffff\r\n00112233\r\n44556677\r\n8899\r\n", "the file ends before the 4294967295 bytes of the value"},
+      {"Z:\"x\"=ffffffff\r\n a\r\n b\r\n c\r\n", "the file ends before the 4294967295 strings of the value"},
+      {"B:\"x\"=gggggggg\r\n00\r\n", "the file ends before the 4294967279 bytes of the value"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.text);
+    NIniRecordReader reader(c.text);
+    NIniRecord record;
+    largestAllocation = 0;
+    countAllocations = true;
+    const Result result = reader.Next(&record);
+    countAllocations = false;
+    EXPECT_EQ(result, Result::kInvalid);
+    EXPECT_EQ(reader.Problem(), c.problem);
+    EXPECT_LT(largestAllocation.load(), 4096u);
+  }
+}
+
+}  // namespace

@@ -1,0 +1,241 @@
+#include "store/NTextFile.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <initializer_list>
+#include <memory>
+#include <random>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <vector>
+
+#include "platform/NPlatform.h"
+
+namespace {
+
+using namespace std::string_view_literals;
+using Encoding = NTextFile::Encoding;
+
+constexpr std::string_view kReplacement = "\xEF\xBF\xBD";  // U+FFFD in UTF-8
+constexpr std::string_view kGrinning = "\xF0\x9F\x98\x80";  // U+1F600
+
+std::string Hex(std::string_view bytes) {
+  static constexpr char kDigits[] = "0123456789ABCDEF";
+  std::string out;
+  for (const char c : bytes) {
+    const auto byte = static_cast<unsigned char>(c);
+    out += kDigits[byte >> 4];
+    out += kDigits[byte & 15];
+    out += ' ';
+  }
+  return out;
+}
+
+std::string Join(std::initializer_list<std::string_view> parts) {
+  std::string out;
+  for (const std::string_view part : parts) out.append(part);
+  return out;
+}
+
+TEST(NTextFileTest, DecodeRecognisesTheMarkAndReplacesMalformedInput) {
+  const std::string replacement(kReplacement);
+  const struct {
+    const char* name;
+    std::string_view raw;
+    std::string expected;
+    Encoding encoding;
+  } cases[] = {
+      {"UTF-8 mark", "\xEF\xBB\xBF" "abc"sv, "abc", Encoding::kUtf8},
+      {"UTF-16LE mark", "\xFF\xFE" "a\0b\0"sv, "ab", Encoding::kUtf16LE},
+      {"UTF-16BE mark", "\xFE\xFF" "\0a\0b"sv, "ab", Encoding::kUtf16BE},
+      // The UTF-8 mark is compared first; FF FE then is malformed UTF-8.
+      {"UTF-8 mark before FF FE", "\xEF\xBB\xBF\xFF\xFE"sv, replacement + replacement, Encoding::kUtf8},
+      {"FF FE before bytes that look UTF-8", "\xFF\xFE\xC3\xA9"sv, "\xEA\xA7\x83", Encoding::kUtf16LE},
+      {"UTF-16LE surrogate pair", "\xFF\xFE" "a\0" "\x3D\xD8\x00\xDE"sv, Join({"a", kGrinning}), Encoding::kUtf16LE},
+      {"UTF-16BE surrogate pair", "\xFE\xFF" "\0a" "\xD8\x3D\xDE\x00"sv, Join({"a", kGrinning}), Encoding::kUtf16BE},
+      {"UTF-16LE odd length", "\xFF\xFE" "a\0b"sv, "a" + replacement, Encoding::kUtf16LE},
+      {"UTF-16BE odd length", "\xFE\xFF" "\0a\0"sv, "a" + replacement, Encoding::kUtf16BE},
+      {"UTF-8 mark alone", "\xEF\xBB\xBF"sv, "", Encoding::kUtf8},
+      {"UTF-16LE mark alone", "\xFF\xFE"sv, "", Encoding::kUtf16LE},
+      {"UTF-16BE mark alone", "\xFE\xFF"sv, "", Encoding::kUtf16BE},
+      {"lone high surrogate", "\xFF\xFE" "\x00\xD8" "a\0"sv, replacement + "a", Encoding::kUtf16LE},
+      {"lone low surrogate at the end", "\xFF\xFE" "a\0" "\x00\xDC"sv, "a" + replacement, Encoding::kUtf16LE},
+      {"surrogates in the wrong order", "\xFE\xFF" "\xDE\x00\xD8\x3D"sv, replacement + replacement,
+       Encoding::kUtf16BE},
+      {"malformed UTF-8 after the mark", "\xEF\xBB\xBF" "a\xFF" "b"sv, "a" + replacement + "b", Encoding::kUtf8},
+      {"no mark, ASCII", "a=b\r\n"sv, "a=b\r\n", Encoding::kAnsi},
+      {"no mark, valid UTF-8", "caf\xC3\xA9"sv, "caf\xC3\xA9", Encoding::kAnsi},
+      {"no mark, Windows-1252", "caf\xE9"sv, "caf\xC3\xA9", Encoding::kAnsi},
+      {"no mark, euro sign", "\x80"sv, "\xE2\x82\xAC", Encoding::kAnsi},
+      {"no mark, UTF-8 and one 1252 byte", "\xC3\xA9\xE9"sv, "\xC3\x83\xC2\xA9\xC3\xA9", Encoding::kAnsi},
+      {"half a UTF-8 mark", "\xEF\xBB"sv, "\xC3\xAF\xC2\xBB", Encoding::kAnsi},
+      {"half a UTF-16 mark", "\xFF"sv, "\xC3\xBF", Encoding::kAnsi},
+      {"empty", ""sv, "", Encoding::kAnsi},
+  };
+  for (const auto& c : cases) {
+    Encoding encoding = Encoding::kUtf8;
+    if (c.encoding == Encoding::kUtf8) encoding = Encoding::kAnsi;
+    const std::string text = NTextFile::Decode(std::string(c.raw), &encoding);
+    EXPECT_EQ(Hex(text), Hex(c.expected)) << c.name;
+    EXPECT_EQ(encoding, c.encoding) << c.name;
+  }
+}
+
+TEST(NTextFileTest, LineReaderSplitsAtCrLfOrCrLf) {
+  const struct {
+    std::string_view text;
+    std::vector<std::string_view> lines;
+    bool lastUnterminated;
+  } cases[] = {
+      {"a\rb", {"a", "b"}, true},
+      {"a\nb\n", {"a", "b"}, false},
+      {"a\r\nb\r\n", {"a", "b"}, false},
+      {"a\n\rb", {"a", "", "b"}, true},
+      {"a\r\r\nb", {"a", "", "b"}, true},
+      {"\n\n", {"", ""}, false},
+      {"a\n\nb\r\r", {"a", "", "b", ""}, false},
+      {" x \r", {" x "}, false},
+      {"", {}, false},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(Hex(c.text));
+    NLineReader reader(c.text);
+    std::string_view line;
+    for (std::size_t i = 0; i < c.lines.size(); ++i) {
+      ASSERT_TRUE(reader.Next(&line));
+      EXPECT_EQ(line, c.lines[i]);
+      EXPECT_EQ(reader.LineNumber(), i + 1);
+    }
+    EXPECT_EQ(reader.LastLineUnterminated(), c.lastUnterminated);
+    EXPECT_EQ(reader.Offset(), c.text.size());
+    EXPECT_FALSE(reader.Next(&line));
+    EXPECT_EQ(reader.LineNumber(), c.lines.size());
+  }
+}
+
+class NTextFileReadTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    // A random name: several build trees may run this test at once.
+    std::random_device random;
+    for (int attempt = 0; attempt < 100 && m_folder.empty(); ++attempt) {
+      const std::filesystem::path candidate =
+          std::filesystem::path(testing::TempDir()) / ("cfgdeck_textfile_" + std::to_string(random()));
+      std::error_code error;
+      if (std::filesystem::create_directory(candidate, error)) m_folder = candidate;
+    }
+    ASSERT_FALSE(m_folder.empty());
+  }
+  void TearDown() override {
+    std::error_code ignored;
+    if (!m_folder.empty()) std::filesystem::remove_all(m_folder, ignored);
+  }
+
+  // Writes `bytes` to a new file and reads it back through NTextFile.
+  NStatus ReadBack(const std::string& bytes, std::string* raw) {
+    const std::filesystem::path path = m_folder / "key.txt";
+    {
+      std::ofstream out(path, std::ios::binary | std::ios::trunc);
+      out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    }
+    std::unique_ptr<NFile> file;
+    const NStatus opened = NPlatform::Default().OpenFile(path.u16string(), {}, &file);
+    if (!opened) return opened;
+    return NTextFile(*file).Read(raw);
+  }
+
+  std::filesystem::path m_folder;
+};
+
+std::size_t CountLines(std::string_view text) {
+  NLineReader reader(text);
+  std::string_view line;
+  while (reader.Next(&line)) {
+  }
+  return reader.LineNumber();
+}
+
+// Lines of varied content, so that a lost or repeated block changes the text.
+std::string Filler(std::size_t size) {
+  std::string out;
+  for (int i = 0; out.size() < size; ++i) out += "S:\"" + std::to_string(i) + "\"=x\r\n";
+  out.resize(size);
+  return out;
+}
+
+TEST_F(NTextFileReadTest, ReadTakesTheWholeFileAcrossBlocks) {
+  constexpr std::size_t kBlock = NTextFile::kBlockSize;
+  const std::string firstLine = "S:\"a\"=" + std::string(kBlock - 7, 'x');
+  // The high surrogate ends the first block and the low one begins the second.
+  std::string utf16 = "\xFF\xFE";
+  for (std::size_t i = 0; i < kBlock / 2 - 2; ++i) utf16 += "a\0"sv;
+  utf16 += "\x3D\xD8\x00\xDE"sv;
+  const std::string utf8Split = "\xEF\xBB\xBF" + std::string(kBlock - 4, 'a') + "\xE2\x82\xAC";
+  const struct {
+    const char* name;
+    std::string bytes;
+    std::string text;
+    Encoding encoding;
+    std::size_t lines;
+  } cases[] = {
+      {"CR ends one block, LF begins the next", firstLine + "\r\nS:\"b\"=2", firstLine + "\r\nS:\"b\"=2",
+       Encoding::kAnsi, 2},
+      {"exactly one block", Filler(kBlock), Filler(kBlock), Encoding::kAnsi, CountLines(Filler(kBlock))},
+      {"exactly two blocks", Filler(2 * kBlock), Filler(2 * kBlock), Encoding::kAnsi, CountLines(Filler(2 * kBlock))},
+      {"one byte past a block", Filler(kBlock + 1), Filler(kBlock + 1), Encoding::kAnsi,
+       CountLines(Filler(kBlock + 1))},
+      {"UTF-16 pair across blocks", utf16, std::string(kBlock / 2 - 2, 'a') + std::string(kGrinning),
+       Encoding::kUtf16LE, 1},
+      {"UTF-8 character across blocks", utf8Split, std::string(kBlock - 4, 'a') + "\xE2\x82\xAC", Encoding::kUtf8, 1},
+      {"empty file", "", "", Encoding::kAnsi, 0},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    std::string raw = "stale";
+    const NStatus status = ReadBack(c.bytes, &raw);
+    ASSERT_TRUE(status.IsOk()) << status.Code();
+    EXPECT_EQ(raw.size(), c.bytes.size());
+    EXPECT_TRUE(raw == c.bytes);
+    Encoding encoding = Encoding::kUtf16BE;
+    const std::string text = NTextFile::Decode(raw, &encoding);
+    EXPECT_TRUE(text == c.text);
+    EXPECT_EQ(encoding, c.encoding);
+    EXPECT_EQ(CountLines(text), c.lines);
+  }
+}
+
+TEST(NTextFileTest, EncodedPutsTheMarkFirstAndEndsLinesWithCrLf) {
+  const struct {
+    const char* name;
+    bool setEncoding;
+    Encoding encoding;
+    std::string_view expected;
+  } cases[] = {
+      {"UTF-8", true, Encoding::kUtf8, "\xEF\xBB\xBF" "a=\xC3\xA9\r\nb\xF0\x9F\x98\x80\r\n\r\n"sv},
+      {"default UTF-16LE", false, Encoding::kUtf16LE,
+       "\xFF\xFE" "a\0=\0\xE9\0\r\0\n\0" "b\0\x3D\xD8\x00\xDE\r\0\n\0\r\0\n\0"sv},
+      {"UTF-16BE", true, Encoding::kUtf16BE,
+       "\xFE\xFF" "\0a\0=\0\xE9\0\r\0\n" "\0b\xD8\x3D\xDE\x00\0\r\0\n\0\r\0\n"sv},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    NTextFile writer;
+    if (c.setEncoding) writer.SetEncoding(c.encoding);
+    EXPECT_EQ(writer.GetEncoding(), c.encoding);
+    writer.WriteLine("a=\xC3\xA9");
+    writer.Write("b");
+    writer.WriteLine(kGrinning);
+    writer.WriteLine("");
+    const std::string encoded = writer.Encoded();
+    EXPECT_EQ(Hex(encoded), Hex(c.expected));
+    // What the writer produces, the reader takes back unchanged.
+    Encoding decodedAs = Encoding::kAnsi;
+    EXPECT_EQ(NTextFile::Decode(encoded, &decodedAs), writer.Pending());
+    EXPECT_EQ(decodedAs, c.encoding);
+  }
+}
+
+}  // namespace
