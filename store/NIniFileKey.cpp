@@ -166,7 +166,7 @@ bool NIniFileKey::LoadFile(Map& map, const NUnicodeString& path, FileState* stat
 }
 
 bool NIniFileKey::Load(NReportMessageParams& params) {
-  auto map = std::make_unique<Map>(8192);
+  auto map = std::make_unique<Map>();
   if (!LoadFile(*map, FilePath(), &m_files[0], &m_reports[0], params)) return false;
   // Personal values read from the private half take the place of any copy
   // left in the main file.
@@ -408,7 +408,7 @@ bool NIniFileKey::SaveFiles(NReportMessageParams& params) {
 }
 
 void NIniFileKey::MergeOnto(const std::string& mainBytes, const std::string& privateBytes) {
-  auto merged = std::make_unique<Map>(mainBytes.size() + privateBytes.size());
+  auto merged = std::make_unique<Map>();
   for (const std::string* bytes : {&mainBytes, &privateBytes}) {
     NTextFile::Encoding encoding;
     ParseInto(*merged, merged->AdoptText(NTextFile::Decode(*bytes, &encoding)), nullptr);

@@ -29,12 +29,13 @@ const std::array<std::string_view, NIniFileKeyMap::kFixedCount> NIniFileKeyMap::
 
 namespace {
 
-// Initial arena block: value objects take about a third of their text.
-std::size_t ArenaSize(std::size_t sizeHint) { return sizeHint / 2 + 256; }
+// Initial arena block: value objects take about half as many bytes as
+// their text.
+std::size_t ArenaSize(std::size_t textSize) { return textSize / 2 + 256; }
 
 }  // namespace
 
-NIniFileKeyMap::NIniFileKeyMap(std::size_t sizeHint) : m_arena(ArenaSize(sizeHint)) {
+NIniFileKeyMap::NIniFileKeyMap() {
   for (std::size_t i = 0; i < kFixedCount; ++i) m_fixed[i].name = kFixedNames[i];
 }
 
@@ -69,11 +70,15 @@ int NIniFileKeyMap::FixedIndex(std::string_view name) {
 }
 
 std::string_view NIniFileKeyMap::AdoptText(std::string text) {
+  if (!m_arena) m_arena.emplace(ArenaSize(text.size()));
   m_texts.push_back(std::move(text));
   return m_texts.back();
 }
 
-void* NIniFileKeyMap::Allocate(std::size_t size, std::size_t alignment) { return m_arena.allocate(size, alignment); }
+void* NIniFileKeyMap::Allocate(std::size_t size, std::size_t alignment) {
+  if (!m_arena) m_arena.emplace(ArenaSize(size));
+  return m_arena->allocate(size, alignment);
+}
 
 NIniFileKeyMap::Element* NIniFileKeyMap::Lookup(std::string_view name) {
   if (const int fixed = FixedIndex(name); fixed >= 0) return &m_fixed[static_cast<std::size_t>(fixed)];

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <deque>
 #include <memory_resource>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,8 +39,7 @@ class NIniFileKeyMap {
     bool changed = false;        // set or deleted since the table was loaded or saved
   };
 
-  // `sizeHint`: bytes of file text expected, to size the arena.
-  explicit NIniFileKeyMap(std::size_t sizeHint = 0);
+  NIniFileKeyMap();
   NIniFileKeyMap(const NIniFileKeyMap&) = delete;
   NIniFileKeyMap& operator=(const NIniFileKeyMap&) = delete;
   ~NIniFileKeyMap();
@@ -103,5 +103,6 @@ class NIniFileKeyMap {
   std::vector<std::uint32_t> m_index;  // 0: empty; otherwise a free-array position + 1
   std::deque<std::string> m_texts;
   std::deque<std::string> m_ownedNames;
-  std::pmr::monotonic_buffer_resource m_arena;
+  // Made when the first text arrives, sized from it.
+  std::optional<std::pmr::monotonic_buffer_resource> m_arena;
 };
