@@ -13,6 +13,9 @@
 #include "platform/NPlatform.h"
 #include "store/NIniFileKeyIterator.h"
 #include "store/NIniFileStore.h"
+#include "store/NIniFileStoreFactory.h"
+
+#include <thread>
 
 namespace {
 
@@ -413,6 +416,53 @@ TEST_F(NIniFileKeyTest, RootKeyHoldsNoValues) {
   NReportMessageParams params;
   EXPECT_FALSE(root->Flush(params));
   EXPECT_TRUE(fs::is_empty(m_root));
+}
+
+TEST_F(NIniFileKeyTest, ALongWaitForALockIsLoggedAndTheWaitGoesOn) {
+  Write("k.ini", std::string(kBom) + "D:\"a\"=00000001\r\n");
+  NIniFileStoreOptions options;
+  options.lockWarning = std::chrono::milliseconds(20);
+  NIniFileStore store(NUnicodeString::FromUtf8(m_root.string()), NUnicodeString(), NPlatform::Default(), options);
+  std::unique_ptr<NFile> holder;
+  NOpenOptions open;
+  open.access = NFileAccess::kReadWrite;
+  ASSERT_TRUE(NPlatform::Default().OpenFile(NUnicodeString::FromUtf8((m_root / "k.ini").string()), open, &holder));
+  ASSERT_TRUE(holder->Lock(0, 4, NLockKind::kExclusive));
+  std::thread release([&holder] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    (void)holder->Unlock(0, 4);
+  });
+  NKeyPath path;
+  ASSERT_TRUE(path.Append(u"k"));
+  NReportMessageParams params;
+  auto key = NIniFileKey::Open(store, path, true, params);
+  release.join();
+  ASSERT_TRUE(key);
+  EXPECT_EQ(Dword(*key, u"a"), 1u);
+  ASSERT_EQ(m_traces.lines.size(), 1u);
+  EXPECT_NE(m_traces.lines[0].find("still waiting for the lock on"), std::string::npos);
+  EXPECT_NE(m_traces.lines[0].find("k.ini"), std::string::npos);
+}
+
+NIniFileStoreFactory* g_factory = nullptr;
+NProfileStoreFactory* TestFactory() { return g_factory; }
+
+TEST_F(NIniFileKeyTest, StoresComeFromTheRegisteredFactory) {
+  CfgdeckInitProfileFactory(nullptr);
+  EXPECT_EQ(NCreateProfileStore(), nullptr);
+  Write("global.ini", std::string(kBom) + "D:\"Show Toolbar\"=00000001\r\n");
+  NIniFileStoreFactory factory(NUnicodeString::FromUtf8(m_root.string()), NUnicodeString());
+  g_factory = &factory;
+  CfgdeckInitProfileFactory(&TestFactory);
+  auto store = NCreateProfileStore();
+  CfgdeckInitProfileFactory(nullptr);
+  ASSERT_TRUE(store);
+  NReportMessageParams params;
+  auto root = store->OpenRootKey(false, params);
+  ASSERT_TRUE(root);
+  auto global = root->OpenSubKey(u"global");
+  ASSERT_TRUE(global);
+  EXPECT_EQ(Dword(*global, u"Show Toolbar"), 1u);
 }
 
 }  // namespace
