@@ -187,8 +187,7 @@ TEST(NIniRecordReaderTest, BinaryDataLinesYieldExactlyTheCountedBytes) {
     Result end;
     std::string_view problem;
   } cases[] = {
-      {"two lines",
-       "B:\"b\"=00000021\r\n000102030405060708090a0b0c0d0e0f101112131415161718191a1b1c1d1e1f\r\n20\r\n",
+      {"two lines", "B:\"b\"=00000021\r\n000102030405060708090a0b0c0d0e0f101112131415161718191a1b1c1d1e1f\r\n20\r\n",
        thirtyThree, 1, Result::kEnd, ""},
       {"blanks and upper case", "B:\"b\"=00000004\r\n \t0A 0b\v\fC0\t FF \r\n", "\x0A\x0B\xC0\xFF", 1, Result::kEnd,
        ""},
@@ -268,15 +267,22 @@ TEST(NIniRecordReaderTest, AnInvalidRecordEndsReadingAndKeepsTheRecordsBefore) {
     std::string_view problem;
     std::size_t problemLine;
   } cases[] = {
-      {"third record", "S:\"a\"=1\r\nD:\"b\"=00000002\r\nS:\"c\"\r\nS:\"d\"=4\r\n", {"a", "b"}, "no '=' after the name", 3},
+      {"third record",
+       "S:\"a\"=1\r\nD:\"b\"=00000002\r\nS:\"c\"\r\nS:\"d\"=4\r\n",
+       {"a", "b"},
+       "no '=' after the name",
+       3},
       {"empty line between records", "S:\"a\"=1\r\n\r\nS:\"b\"=2\r\n", {"a"}, "empty line", 2},
       {"after multi-line values",
        "B:\"a\"=00000002\r\n01\r\n02\r\nZ:\"b\"=00000001\r\n x\r\nQ:\"c\"=1\r\nS:\"d\"=4\r\n",
        {"a", "b"},
        "kind letter 'Q' is not a kind",
        6},
-      {"a string line that looks like a record", "Z:\"a\"=00000001\r\nS:\"b\"=1\r\nS:\"c\"=2\r\n", {},
-       "a string line does not begin with a space", 2},
+      {"a string line that looks like a record",
+       "Z:\"a\"=00000001\r\nS:\"b\"=1\r\nS:\"c\"=2\r\n",
+       {},
+       "a string line does not begin with a space",
+       2},
   };
   for (const auto& c : cases) {
     const NReadOutcome outcome = ReadAll(c.text);
@@ -323,7 +329,8 @@ TEST(NIniRecordReaderTest, HostileCountsFailWithoutAllocatingForTheCount) {
     std::string_view text;
     std::string_view problem;
   } cases[] = {
-      {"B:\"x\"=ffffffff\r\n00112233\r\n44556677\r\n8899\r\n", "the file ends before the 4294967295 bytes of the value"},
+      {"B:\"x\"=ffffffff\r\n00112233\r\n44556677\r\n8899\r\n",
+       "the file ends before the 4294967295 bytes of the value"},
       {"Z:\"x\"=ffffffff\r\n a\r\n b\r\n c\r\n", "the file ends before the 4294967295 strings of the value"},
       {"B:\"x\"=gggggggg\r\n00\r\n", "the file ends before the 4294967279 bytes of the value"},
   };

@@ -4,7 +4,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <initializer_list>
 #include <memory>
 #include <random>
 #include <string>
@@ -16,10 +15,9 @@
 
 namespace {
 
-using namespace std::string_view_literals;
 using Encoding = NTextFile::Encoding;
 
-constexpr std::string_view kReplacement = "\xEF\xBF\xBD";  // U+FFFD in UTF-8
+constexpr std::string_view kReplacement = "\xEF\xBF\xBD";   // U+FFFD in UTF-8
 constexpr std::string_view kGrinning = "\xF0\x9F\x98\x80";  // U+1F600
 
 std::string Hex(std::string_view bytes) {
@@ -34,51 +32,53 @@ std::string Hex(std::string_view bytes) {
   return out;
 }
 
-std::string Join(std::initializer_list<std::string_view> parts) {
+// Raw bytes spelled as hex pairs, e.g. "FF FE 61 00".
+std::string FromHex(std::string_view hex) {
   std::string out;
-  for (const std::string_view part : parts) out.append(part);
+  for (std::size_t i = 0; i + 1 < hex.size(); i += 3) {
+    out.push_back(static_cast<char>(std::stoi(std::string(hex.substr(i, 2)), nullptr, 16)));
+  }
   return out;
 }
 
 TEST(NTextFileTest, DecodeRecognisesTheMarkAndReplacesMalformedInput) {
   const std::string replacement(kReplacement);
+  const std::string grinning(kGrinning);
   const struct {
     const char* name;
-    std::string_view raw;
+    std::string_view rawHex;
     std::string expected;
     Encoding encoding;
   } cases[] = {
-      {"UTF-8 mark", "\xEF\xBB\xBF" "abc"sv, "abc", Encoding::kUtf8},
-      {"UTF-16LE mark", "\xFF\xFE" "a\0b\0"sv, "ab", Encoding::kUtf16LE},
-      {"UTF-16BE mark", "\xFE\xFF" "\0a\0b"sv, "ab", Encoding::kUtf16BE},
+      {"UTF-8 mark", "EF BB BF 61 62 63", "abc", Encoding::kUtf8},
+      {"UTF-16LE mark", "FF FE 61 00 62 00", "ab", Encoding::kUtf16LE},
+      {"UTF-16BE mark", "FE FF 00 61 00 62", "ab", Encoding::kUtf16BE},
       // The UTF-8 mark is compared first; FF FE then is malformed UTF-8.
-      {"UTF-8 mark before FF FE", "\xEF\xBB\xBF\xFF\xFE"sv, replacement + replacement, Encoding::kUtf8},
-      {"FF FE before bytes that look UTF-8", "\xFF\xFE\xC3\xA9"sv, "\xEA\xA7\x83", Encoding::kUtf16LE},
-      {"UTF-16LE surrogate pair", "\xFF\xFE" "a\0" "\x3D\xD8\x00\xDE"sv, Join({"a", kGrinning}), Encoding::kUtf16LE},
-      {"UTF-16BE surrogate pair", "\xFE\xFF" "\0a" "\xD8\x3D\xDE\x00"sv, Join({"a", kGrinning}), Encoding::kUtf16BE},
-      {"UTF-16LE odd length", "\xFF\xFE" "a\0b"sv, "a" + replacement, Encoding::kUtf16LE},
-      {"UTF-16BE odd length", "\xFE\xFF" "\0a\0"sv, "a" + replacement, Encoding::kUtf16BE},
-      {"UTF-8 mark alone", "\xEF\xBB\xBF"sv, "", Encoding::kUtf8},
-      {"UTF-16LE mark alone", "\xFF\xFE"sv, "", Encoding::kUtf16LE},
-      {"UTF-16BE mark alone", "\xFE\xFF"sv, "", Encoding::kUtf16BE},
-      {"lone high surrogate", "\xFF\xFE" "\x00\xD8" "a\0"sv, replacement + "a", Encoding::kUtf16LE},
-      {"lone low surrogate at the end", "\xFF\xFE" "a\0" "\x00\xDC"sv, "a" + replacement, Encoding::kUtf16LE},
-      {"surrogates in the wrong order", "\xFE\xFF" "\xDE\x00\xD8\x3D"sv, replacement + replacement,
-       Encoding::kUtf16BE},
-      {"malformed UTF-8 after the mark", "\xEF\xBB\xBF" "a\xFF" "b"sv, "a" + replacement + "b", Encoding::kUtf8},
-      {"no mark, ASCII", "a=b\r\n"sv, "a=b\r\n", Encoding::kAnsi},
-      {"no mark, valid UTF-8", "caf\xC3\xA9"sv, "caf\xC3\xA9", Encoding::kAnsi},
-      {"no mark, Windows-1252", "caf\xE9"sv, "caf\xC3\xA9", Encoding::kAnsi},
-      {"no mark, euro sign", "\x80"sv, "\xE2\x82\xAC", Encoding::kAnsi},
-      {"no mark, UTF-8 and one 1252 byte", "\xC3\xA9\xE9"sv, "\xC3\x83\xC2\xA9\xC3\xA9", Encoding::kAnsi},
-      {"half a UTF-8 mark", "\xEF\xBB"sv, "\xC3\xAF\xC2\xBB", Encoding::kAnsi},
-      {"half a UTF-16 mark", "\xFF"sv, "\xC3\xBF", Encoding::kAnsi},
-      {"empty", ""sv, "", Encoding::kAnsi},
+      {"UTF-8 mark before FF FE", "EF BB BF FF FE", replacement + replacement, Encoding::kUtf8},
+      {"FF FE before bytes that look UTF-8", "FF FE C3 A9", "\xEA\xA7\x83", Encoding::kUtf16LE},
+      {"UTF-16LE surrogate pair", "FF FE 61 00 3D D8 00 DE", "a" + grinning, Encoding::kUtf16LE},
+      {"UTF-16BE surrogate pair", "FE FF 00 61 D8 3D DE 00", "a" + grinning, Encoding::kUtf16BE},
+      {"UTF-16LE odd length", "FF FE 61 00 62", "a" + replacement, Encoding::kUtf16LE},
+      {"UTF-16BE odd length", "FE FF 00 61 00", "a" + replacement, Encoding::kUtf16BE},
+      {"UTF-8 mark alone", "EF BB BF", "", Encoding::kUtf8},
+      {"UTF-16LE mark alone", "FF FE", "", Encoding::kUtf16LE},
+      {"UTF-16BE mark alone", "FE FF", "", Encoding::kUtf16BE},
+      {"lone high surrogate", "FF FE 00 D8 61 00", replacement + "a", Encoding::kUtf16LE},
+      {"lone low surrogate at the end", "FF FE 61 00 00 DC", "a" + replacement, Encoding::kUtf16LE},
+      {"surrogates in the wrong order", "FE FF DE 00 D8 3D", replacement + replacement, Encoding::kUtf16BE},
+      {"malformed UTF-8 after the mark", "EF BB BF 61 FF 62", "a" + replacement + "b", Encoding::kUtf8},
+      {"no mark, ASCII", "61 3D 62 0D 0A", "a=b\r\n", Encoding::kAnsi},
+      {"no mark, valid UTF-8", "63 61 66 C3 A9", "caf\xC3\xA9", Encoding::kAnsi},
+      {"no mark, Windows-1252", "63 61 66 E9", "caf\xC3\xA9", Encoding::kAnsi},
+      {"no mark, euro sign", "80", "\xE2\x82\xAC", Encoding::kAnsi},
+      {"no mark, UTF-8 and one 1252 byte", "C3 A9 E9", "\xC3\x83\xC2\xA9\xC3\xA9", Encoding::kAnsi},
+      {"half a UTF-8 mark", "EF BB", "\xC3\xAF\xC2\xBB", Encoding::kAnsi},
+      {"half a UTF-16 mark", "FF", "\xC3\xBF", Encoding::kAnsi},
+      {"empty", "", "", Encoding::kAnsi},
   };
   for (const auto& c : cases) {
-    Encoding encoding = Encoding::kUtf8;
-    if (c.encoding == Encoding::kUtf8) encoding = Encoding::kAnsi;
-    const std::string text = NTextFile::Decode(std::string(c.raw), &encoding);
+    Encoding encoding = c.encoding == Encoding::kUtf8 ? Encoding::kAnsi : Encoding::kUtf8;
+    const std::string text = NTextFile::Decode(FromHex(c.rawHex), &encoding);
     EXPECT_EQ(Hex(text), Hex(c.expected)) << c.name;
     EXPECT_EQ(encoding, c.encoding) << c.name;
   }
@@ -171,8 +171,8 @@ TEST_F(NTextFileReadTest, ReadTakesTheWholeFileAcrossBlocks) {
   const std::string firstLine = "S:\"a\"=" + std::string(kBlock - 7, 'x');
   // The high surrogate ends the first block and the low one begins the second.
   std::string utf16 = "\xFF\xFE";
-  for (std::size_t i = 0; i < kBlock / 2 - 2; ++i) utf16 += "a\0"sv;
-  utf16 += "\x3D\xD8\x00\xDE"sv;
+  for (std::size_t i = 0; i < kBlock / 2 - 2; ++i) utf16 += FromHex("61 00");
+  utf16 += FromHex("3D D8 00 DE");
   const std::string utf8Split = "\xEF\xBB\xBF" + std::string(kBlock - 4, 'a') + "\xE2\x82\xAC";
   const struct {
     const char* name;
@@ -212,13 +212,13 @@ TEST(NTextFileTest, EncodedPutsTheMarkFirstAndEndsLinesWithCrLf) {
     const char* name;
     bool setEncoding;
     Encoding encoding;
-    std::string_view expected;
+    std::string_view expectedHex;
   } cases[] = {
-      {"UTF-8", true, Encoding::kUtf8, "\xEF\xBB\xBF" "a=\xC3\xA9\r\nb\xF0\x9F\x98\x80\r\n\r\n"sv},
+      {"UTF-8", true, Encoding::kUtf8, "EF BB BF 61 3D C3 A9 0D 0A 62 F0 9F 98 80 0D 0A 0D 0A"},
       {"default UTF-16LE", false, Encoding::kUtf16LE,
-       "\xFF\xFE" "a\0=\0\xE9\0\r\0\n\0" "b\0\x3D\xD8\x00\xDE\r\0\n\0\r\0\n\0"sv},
+       "FF FE 61 00 3D 00 E9 00 0D 00 0A 00 62 00 3D D8 00 DE 0D 00 0A 00 0D 00 0A 00"},
       {"UTF-16BE", true, Encoding::kUtf16BE,
-       "\xFE\xFF" "\0a\0=\0\xE9\0\r\0\n" "\0b\xD8\x3D\xDE\x00\0\r\0\n\0\r\0\n"sv},
+       "FE FF 00 61 00 3D 00 E9 00 0D 00 0A 00 62 D8 3D DE 00 00 0D 00 0A 00 0D 00 0A"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
@@ -230,7 +230,7 @@ TEST(NTextFileTest, EncodedPutsTheMarkFirstAndEndsLinesWithCrLf) {
     writer.WriteLine(kGrinning);
     writer.WriteLine("");
     const std::string encoded = writer.Encoded();
-    EXPECT_EQ(Hex(encoded), Hex(c.expected));
+    EXPECT_EQ(Hex(encoded), Hex(FromHex(c.expectedHex)));
     // What the writer produces, the reader takes back unchanged.
     Encoding decodedAs = Encoding::kAnsi;
     EXPECT_EQ(NTextFile::Decode(encoded, &decodedAs), writer.Pending());
