@@ -1,0 +1,423 @@
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "base/NStringArray.h"
+#include "base/NUnicodeString.h"
+#include "bench/NConfigFolderGenerator.h"
+#include "location/NReportMessageParams.h"
+#include "platform/NFile.h"
+#include "platform/NPlatform.h"
+#include "store/NIniFileKey.h"
+#include "store/NIniFileStore.h"
+#include "store/NKeyPath.h"
+#include "store/NProfileValueType.h"
+#include "store/NTextFile.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::uint64_t kSeed = 1;
+constexpr char kMarkerName[] = ".cfgdeck-bench-sessions";
+constexpr char kFolderDataFile[] = "__FolderData__.ini";
+// The bytes every reader and writer of a key file locks, as the store does.
+constexpr std::uint64_t kLockOffset = 0;
+constexpr std::uint64_t kLockLength = 4;
+// Saves rewrite this many session keys taken from the 10,000-session folder.
+constexpr int kSaveKeys = 300;
+constexpr int kSaveSourceSessions = 10000;
+// A DWORD every generated session holds; a save flips it between two values of one width.
+constexpr char16_t kChangedValue[] = u"Is Session";
+
+std::string BenchDir() {
+  const char* dir = std::getenv("CFGDECK_BENCH_DIR");
+  return dir && *dir ? dir : "/tmp/cfgdeck-bench";
+}
+
+std::string ReadWhole(const fs::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+// The session keys of one folder in one fixed order, with the file of each
+// built as the store builds it, so that every walk visits the same files.
+struct NSessionFolder {
+  std::string root;
+  std::vector<NKeyPath> keys;
+  std::vector<NUnicodeString> files;
+  std::uint64_t bytes = 0;
+};
+
+NSessionFolder CollectSessions(const fs::path& root) {
+  NSessionFolder folder;
+  folder.root = root.string();
+  std::vector<std::string> relative;
+  const std::string prefix = folder.root + "/";
+  for (const fs::directory_entry& entry : fs::recursive_directory_iterator(root / "Sessions")) {
+    if (!entry.is_regular_file() || entry.path().extension() != ".ini") continue;
+    if (entry.path().filename() == kFolderDataFile) continue;
+    relative.push_back(entry.path().string().substr(prefix.size()));
+    folder.bytes += entry.file_size();
+  }
+  std::sort(relative.begin(), relative.end());
+  NPlatform& platform = NPlatform::Default();
+  const NUnicodeString root16 = NUnicodeString::FromUtf8(folder.root);
+  for (const std::string& path : relative) {
+    NKeyPath key;
+    if (!key.Append(NUnicodeString::FromUtf8(path.substr(0, path.size() - 4)), true)) continue;
+    NUnicodeString file = key.Under(root16, platform.PathSeparator());
+    file += u".ini";
+    folder.files.push_back(std::move(file));
+    folder.keys.push_back(std::move(key));
+  }
+  return folder;
+}
+
+// Opens, locks shared, reads whole and closes one key file, as a load does
+// before it parses anything.
+bool ReadLocked(NPlatform& platform, const NUnicodeString& path, std::string* raw) {
+  NOpenOptions options;
+  options.noFollow = true;
+  std::unique_ptr<NFile> file;
+  if (!platform.OpenFile(path, options, &file)) return false;
+  if (!file->Lock(kLockOffset, kLockLength, NLockKind::kShared, NIniFileStoreOptions().lockWarning)) return false;
+  const bool read = static_cast<bool>(NTextFile(*file).Read(raw));
+  return file->Unlock(kLockOffset, kLockLength) && read;
+}
+
+// Generated on first use and reused by later runs while its marker names the
+// same count and seed; read once through so that every walk finds it cached.
+const NSessionFolder& Folder(int sessions) {
+  static std::map<int, std::unique_ptr<NSessionFolder>> folders;
+  std::unique_ptr<NSessionFolder>& slot = folders[sessions];
+  if (slot) return *slot;
+  const fs::path root = fs::path(BenchDir()) / ("sessions-" + std::to_string(sessions));
+  const fs::path marker = root / kMarkerName;
+  const std::string expected = std::to_string(sessions) + " " + std::to_string(kSeed) + "\n";
+  if (ReadWhole(marker) != expected) {
+    std::error_code ignored;
+    // Only a folder this benchmark made (it has a marker) is removed whole.
+    if (fs::exists(marker, ignored)) fs::remove_all(root, ignored);
+    std::fprintf(stderr, "generating %d sessions in %s\n", sessions, root.c_str());
+    NConfigFolderSpec settings;
+    settings.root = root.string();
+    settings.sessions = sessions;
+    settings.seed = kSeed;
+    NGenerateConfigFolder(settings);
+    std::ofstream(marker) << expected;
+  }
+  slot = std::make_unique<NSessionFolder>(CollectSessions(root));
+  std::string raw;
+  for (const NUnicodeString& file : slot->files) ReadLocked(NPlatform::Default(), file, &raw);
+  return *slot;
+}
+
+// Times the walks' wall time itself, so that the per-file figure prints as a
+// plain number of microseconds.
+class NWalkClock {
+ public:
+  void Start() { m_start = std::chrono::steady_clock::now(); }
+  void Stop() { m_total += std::chrono::steady_clock::now() - m_start; }
+
+  void SetCounters(benchmark::State& state, std::size_t files, std::uint64_t bytes) const {
+    const double count = static_cast<double>(files);
+    const double walks = static_cast<double>(state.iterations());
+    if (files == 0 || walks == 0) return;
+    state.counters["us_per_file"] = std::chrono::duration<double, std::micro>(m_total).count() / (walks * count);
+    state.counters["files"] = count;
+    state.counters["bytes_per_file"] = static_cast<double>(bytes) / count;
+  }
+
+ private:
+  std::chrono::steady_clock::time_point m_start;
+  std::chrono::steady_clock::duration m_total{};
+};
+
+const NSessionFolder* FolderOrSkip(benchmark::State& state) {
+  const int sessions = static_cast<int>(state.range(0));
+  const NSessionFolder& folder = Folder(sessions);
+  if (folder.files.size() != static_cast<std::size_t>(sessions)) {
+    state.SkipWithError("the folder does not hold the expected sessions");
+    return nullptr;
+  }
+  return &folder;
+}
+
+void BM_FloorOpenLockReadClose(benchmark::State& state) {
+  const NSessionFolder* folder = FolderOrSkip(state);
+  if (!folder) return;
+  NPlatform& platform = NPlatform::Default();
+  std::string raw;
+  NWalkClock clock;
+  for (auto _ : state) {
+    clock.Start();
+    std::uint64_t bytes = 0;
+    for (const NUnicodeString& file : folder->files) {
+      if (!ReadLocked(platform, file, &raw)) {
+        state.SkipWithError("a session file could not be read");
+        return;
+      }
+      bytes += raw.size();
+    }
+    benchmark::DoNotOptimize(bytes);
+    clock.Stop();
+  }
+  clock.SetCounters(state, folder->files.size(), folder->bytes);
+}
+
+void BM_FloorPlusSplit(benchmark::State& state) {
+  const NSessionFolder* folder = FolderOrSkip(state);
+  if (!folder) return;
+  NPlatform& platform = NPlatform::Default();
+  std::string raw;
+  std::uint64_t lines = 0;
+  NWalkClock clock;
+  for (auto _ : state) {
+    clock.Start();
+    lines = 0;
+    for (const NUnicodeString& file : folder->files) {
+      if (!ReadLocked(platform, file, &raw)) {
+        state.SkipWithError("a session file could not be read");
+        return;
+      }
+      NTextFile::Encoding encoding;
+      std::string text = NTextFile::Decode(std::move(raw), &encoding);
+      NLineReader reader(text);
+      std::string_view line;
+      while (reader.Next(&line)) benchmark::DoNotOptimize(line.data());
+      lines += reader.LineNumber();
+      // The clean UTF-8 text is the read buffer itself; hand it back for the next file.
+      raw = std::move(text);
+    }
+    benchmark::DoNotOptimize(lines);
+    clock.Stop();
+  }
+  clock.SetCounters(state, folder->files.size(), folder->bytes);
+  state.counters["lines_per_file"] = static_cast<double>(lines) / static_cast<double>(folder->files.size());
+}
+
+// Output buffers a host keeps across reads.
+struct NValueBuffers {
+  NUnicodeString name;
+  NUnicodeString text;
+  NStringArray strings;
+  std::vector<std::uint8_t> bytes;
+};
+
+// Reads every value of the key through the getter of its kind, as a host
+// does; the count of values read.
+std::uint64_t ReadAllValues(NIniFileKey& key, NValueBuffers& buffers) {
+  std::uint64_t read = 0;
+  std::unique_ptr<NProfileKeyIterator> values = key.CreateIterator(true);
+  std::uint32_t kind = 0;
+  while (values->Next(&buffers.name, &kind)) {
+    bool ok = false;
+    switch (static_cast<NProfileValueType>(kind)) {
+      case NProfileValueType::kDword: {
+        std::uint32_t dword = 0;
+        ok = key.GetDwordValue(buffers.name, &dword);
+        benchmark::DoNotOptimize(dword);
+        break;
+      }
+      case NProfileValueType::kString:
+        ok = key.GetStringValue(buffers.name, &buffers.text);
+        break;
+      case NProfileValueType::kBinary: {
+        std::uint32_t length = 0;
+        ok = key.GetBinaryValue(buffers.name, nullptr, &length);
+        if (ok && buffers.bytes.size() < length) buffers.bytes.resize(length);
+        ok = ok && key.GetBinaryValue(buffers.name, buffers.bytes.data(), &length);
+        break;
+      }
+      case NProfileValueType::kMultiString:
+        ok = key.GetMultiStringValue(buffers.name, &buffers.strings);
+        break;
+    }
+    read += ok ? 1 : 0;
+  }
+  return read;
+}
+
+void BM_StoreLoadAndReadAll(benchmark::State& state) {
+  const NSessionFolder* folder = FolderOrSkip(state);
+  if (!folder) return;
+  NIniFileStore store(NUnicodeString::FromUtf8(folder->root), NUnicodeString(), NPlatform::Default());
+  NValueBuffers buffers;
+  std::uint64_t values = 0;
+  NWalkClock clock;
+  for (auto _ : state) {
+    clock.Start();
+    values = 0;
+    for (const NKeyPath& path : folder->keys) {
+      NReportMessageParams params;
+      std::unique_ptr<NIniFileKey> key = NIniFileKey::Open(store, path, true, params);
+      if (!key) {
+        state.SkipWithError("a session key could not be opened");
+        return;
+      }
+      values += ReadAllValues(*key, buffers);
+    }
+    benchmark::DoNotOptimize(values);
+    clock.Stop();
+  }
+  clock.SetCounters(state, folder->files.size(), folder->bytes);
+  state.counters["values_per_file"] = static_cast<double>(values) / static_cast<double>(folder->files.size());
+}
+
+// ---- Saving ----
+
+// A fresh copy of kSaveKeys session files spread over the 10,000-session
+// folder, under `name` in the bench folder, so that the source stays intact.
+struct NSaveFolder {
+  std::string root;
+  std::vector<NKeyPath> keys;
+  std::vector<NUnicodeString> files;
+  std::uint64_t bytes = 0;
+};
+
+NSaveFolder CopyForSaving(const std::string& name) {
+  const NSessionFolder& source = Folder(kSaveSourceSessions);
+  NSaveFolder copy;
+  const fs::path root = fs::path(BenchDir()) / "save-scratch" / name;
+  copy.root = root.string();
+  fs::remove_all(root);
+  NPlatform& platform = NPlatform::Default();
+  const NUnicodeString root16 = NUnicodeString::FromUtf8(copy.root);
+  const std::size_t total = source.keys.size();
+  for (std::size_t i = 0; i < static_cast<std::size_t>(kSaveKeys) && i < total; ++i) {
+    const NKeyPath& key = source.keys[i * total / kSaveKeys];
+    NUnicodeString relative = key.Join(u'/');
+    relative += u".ini";
+    const fs::path from = fs::path(source.root) / relative.ToUtf8();
+    const fs::path to = root / relative.ToUtf8();
+    fs::create_directories(to.parent_path());
+    fs::copy_file(from, to, fs::copy_options::overwrite_existing);
+    copy.bytes += fs::file_size(to);
+    NUnicodeString file = key.Under(root16, platform.PathSeparator());
+    file += u".ini";
+    copy.files.push_back(std::move(file));
+    copy.keys.push_back(key);
+  }
+  return copy;
+}
+
+void BM_FloorCutWrite(benchmark::State& state) {
+  const bool sync = state.range(0) != 0;
+  const NSaveFolder folder = CopyForSaving(sync ? "floor-sync" : "floor-nosync");
+  NPlatform& platform = NPlatform::Default();
+  std::vector<std::string> contents;
+  for (const NUnicodeString& file : folder.files) contents.push_back(ReadWhole(file.ToUtf8()));
+  NOpenOptions options;
+  options.mode = NOpenMode::kCreateIfMissing;
+  options.access = NFileAccess::kReadWrite;
+  options.noFollow = true;
+  NWalkClock clock;
+  for (auto _ : state) {
+    clock.Start();
+    for (std::size_t i = 0; i < folder.files.size(); ++i) {
+      std::unique_ptr<NFile> file;
+      bool ok = static_cast<bool>(platform.OpenFile(folder.files[i], options, &file));
+      ok = ok && file->Lock(kLockOffset, kLockLength, NLockKind::kExclusive, NIniFileStoreOptions().lockWarning);
+      ok = ok && file->Truncate(0) && file->Write(0, contents[i].data(), contents[i].size());
+      if (ok && sync) ok = static_cast<bool>(file->Sync());
+      ok = ok && file->Unlock(kLockOffset, kLockLength);
+      if (!ok) {
+        state.SkipWithError("a session file could not be rewritten");
+        return;
+      }
+    }
+    clock.Stop();
+  }
+  clock.SetCounters(state, folder.files.size(), folder.bytes);
+}
+
+void BM_StoreSave(benchmark::State& state) {
+  const bool sync = state.range(0) != 0;
+  const NSaveFolder folder = CopyForSaving(sync ? "store-sync" : "store-nosync");
+  NIniFileStoreOptions options;
+  options.syncOnSave = sync;
+  NIniFileStore store(NUnicodeString::FromUtf8(folder.root), NUnicodeString(), NPlatform::Default(), options);
+  std::vector<std::unique_ptr<NIniFileKey>> keys;
+  for (const NKeyPath& path : folder.keys) {
+    NReportMessageParams params;
+    std::unique_ptr<NIniFileKey> key = NIniFileKey::Open(store, path, false, params);
+    std::uint32_t value = 0;
+    if (!key || !key->GetDwordValue(kChangedValue, &value)) {
+      state.SkipWithError("a session key could not be opened, or lacks the value to change");
+      return;
+    }
+    keys.push_back(std::move(key));
+  }
+  std::uint32_t flip = 0;
+  NWalkClock clock;
+  for (auto _ : state) {
+    clock.Start();
+    flip ^= 1;
+    for (std::unique_ptr<NIniFileKey>& key : keys) {
+      NReportMessageParams params;
+      if (!key->SetDwordValue(kChangedValue, 1 + flip) || !key->Flush(params)) {
+        state.SkipWithError("a session key could not be saved");
+        return;
+      }
+    }
+    clock.Stop();
+  }
+  clock.SetCounters(state, folder.files.size(), folder.bytes);
+}
+
+// One iteration walks a whole folder, so iteration counts are fixed and
+// small, larger for the smaller folders to keep each measurement near a second.
+void RegisterBenchmarks() {
+  struct NCase {
+    const char* name;
+    void (*function)(benchmark::State&);
+  };
+  constexpr NCase kWalks[] = {{"BM_FloorOpenLockReadClose", BM_FloorOpenLockReadClose},
+                              {"BM_FloorPlusSplit", BM_FloorPlusSplit},
+                              {"BM_StoreLoadAndReadAll", BM_StoreLoadAndReadAll}};
+  constexpr struct NSize {
+    int sessions;
+    int iterations;
+  } kSizes[] = {{1000, 20}, {10000, 3}, {50000, 1}};
+  for (const auto& size : kSizes) {
+    for (const NCase& walk : kWalks) {
+      benchmark::RegisterBenchmark(walk.name, walk.function)
+          ->Arg(size.sessions)
+          ->ArgName("sessions")
+          ->Iterations(size.iterations)
+          ->Unit(benchmark::kMillisecond)
+          ->UseRealTime();
+    }
+  }
+  constexpr NCase kSaves[] = {{"BM_FloorCutWrite", BM_FloorCutWrite}, {"BM_StoreSave", BM_StoreSave}};
+  for (const int sync : {0, 1}) {
+    for (const NCase& save : kSaves) {
+      benchmark::RegisterBenchmark(save.name, save.function)
+          ->Arg(sync)
+          ->ArgName("sync")
+          ->Iterations(sync ? 2 : 10)
+          ->Unit(benchmark::kMillisecond)
+          ->UseRealTime();
+    }
+  }
+}
+
+[[maybe_unused]] const bool kRegistered = (RegisterBenchmarks(), true);
+
+}  // namespace
