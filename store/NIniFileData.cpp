@@ -58,7 +58,7 @@ void NIniBytes::Borrow(std::string_view bytes) {
 
 void NIniBytes::Own(std::string_view bytes) {
   char* copy = new char[bytes.size() + 1];
-  std::memcpy(copy, bytes.data(), bytes.size());
+  if (!bytes.empty()) std::memcpy(copy, bytes.data(), bytes.size());
   Release();
   m_data = copy;
   m_size = static_cast<std::uint32_t>(bytes.size());

@@ -1,6 +1,9 @@
 #include "store/NIniFileKey.h"
 
 #include <algorithm>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
 #include <cstring>
 #include <new>
 
@@ -90,6 +93,34 @@ void Trace(std::u16string_view format, std::u16string_view argument) {
   NTrace(text);
 }
 
+// Logs once when a lock wait outlasts `limit`; the wait itself goes on.
+class NLockWaitWatch {
+ public:
+  NLockWaitWatch(std::chrono::milliseconds limit, std::u16string path)
+      : m_thread([this, limit, path = std::move(path)] {
+          std::unique_lock<std::mutex> lock(m_mutex);
+          if (!m_done.wait_for(lock, limit, [this] { return m_granted; })) {
+            Trace(u"NIniFileKey: still waiting for the lock on %1\n", path);
+          }
+        }) {}
+  ~NLockWaitWatch() {
+    {
+      std::lock_guard<std::mutex> lock(m_mutex);
+      m_granted = true;
+    }
+    m_done.notify_one();
+    m_thread.join();
+  }
+  NLockWaitWatch(const NLockWaitWatch&) = delete;
+  NLockWaitWatch& operator=(const NLockWaitWatch&) = delete;
+
+ private:
+  std::mutex m_mutex;  // guards m_granted
+  std::condition_variable m_done;
+  bool m_granted = false;
+  std::thread m_thread;
+};
+
 }  // namespace
 
 NIniFileKey::NIniFileKey(const NIniFileStore& store, NKeyPath path, bool readOnly)
@@ -123,9 +154,11 @@ NUnicodeString NIniFileKey::PrivateFilePath() const {
 }
 
 NStatus NIniFileKey::LockWithWarning(NFile& file, NLockKind kind) const {
-  NStatus status = file.Lock(kLockOffset, kLockLength, kind, m_store.Options().lockWarning);
+  NStatus status = file.Lock(kLockOffset, kLockLength, kind, std::chrono::milliseconds::zero());
   if (status.Code() != NStatus::kWaitTimeout) return status;
-  Trace(u"NIniFileKey: still waiting for the lock on %1\n", status.Path());
+  // Contended: wait in the system's own queue (polling could be starved by
+  // a busy writer), with a watch that logs a wait longer than the limit.
+  NLockWaitWatch watch(m_store.Options().lockWarning, status.Path());
   return file.Lock(kLockOffset, kLockLength, kind, NFile::kWaitForever);
 }
 
@@ -377,8 +410,8 @@ bool NIniFileKey::SaveFiles(NReportMessageParams& params) {
   NTextFile writers[2];
   for (NTextFile& writer : writers) writer.SetEncoding(NTextFile::Encoding::kUtf8);
   m_map->ForEach([&](const Map::Element& element) {
-    const bool personal = usePrivate && Map::FixedIndex(element.name) >= 0;
-    element.data->WriteRecord(writers[personal ? 1 : 0], element.name);
+    const bool personal = usePrivate && m_map->IsPersonal(element);
+    element.Data()->WriteRecord(writers[personal ? 1 : 0], element.Name());
   });
   for (int i = 0; i < count; ++i) {
     targets[i].content = writers[i].Encoded();
@@ -414,10 +447,10 @@ void NIniFileKey::MergeOnto(const std::string& mainBytes, const std::string& pri
     ParseInto(*merged, merged->AdoptText(NTextFile::Decode(*bytes, &encoding)), nullptr);
   }
   m_map->ForEachChanged([&merged](const Map::Element& element) {
-    if (element.data) {
-      merged->Put(element.name, element.data->CloneOwned(), true, true, false);
+    if (element.Data()) {
+      merged->Put(element.Name(), element.Data()->CloneOwned(), true, true, false);
     } else {
-      merged->Remove(element.name, false);
+      merged->Remove(element.Name(), false);
     }
   });
   m_map = std::move(merged);

@@ -48,7 +48,7 @@ NIniFileKey::Iterator::Iterator(NPlatform& platform, const NUnicodeString& folde
 NIniFileKey::Iterator::Iterator(const NIniFileKey& key) : m_key(&key) {
   key.Values().ForEach([this](const Map::Element& element) {
     m_entries.push_back(
-        {NUnicodeString::FromUtf8(element.name), static_cast<std::uint32_t>(element.data->TypeTag())});
+        {NUnicodeString::FromUtf8(element.Name()), static_cast<std::uint32_t>(element.Data()->TypeTag())});
   });
   Sort();
 }

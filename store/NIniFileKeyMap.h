@@ -2,7 +2,7 @@
 
 #include <array>
 #include <cstdint>
-#include <deque>
+#include <memory>
 #include <memory_resource>
 #include <optional>
 #include <string>
@@ -24,19 +24,29 @@
 // free array, a fixed table for the personal names), so they never scan.
 // Names are compared exactly: case matters.
 //
-// The table owns the texts of the files it was loaded from; values read from
-// them point into those texts, and their objects live in an arena that goes
-// with the table. Values set later are owned one by one.
+// The table owns the texts of the files it was loaded from (at most two: the
+// key's file and its private file); values read from them point into those
+// texts, and their objects live in an arena that goes with the table.
+// Values set later are owned one by one.
 class NIniFileKeyMap {
  public:
   static constexpr std::size_t kFixedCount = 22;
   static const std::array<std::string_view, kFixedCount> kFixedNames;
 
-  struct Element {
-    std::string_view name;       // UTF-8
-    NIniFileData* data = nullptr;
-    bool heap = false;           // data was allocated on its own, not in the arena
-    bool changed = false;        // set or deleted since the table was loaded or saved
+  class Element {
+   public:
+    std::string_view Name() const { return std::string_view(m_name, m_nameSize); }
+    NIniFileData* Data() const { return m_data; }
+    // Set or deleted since the table was loaded or saved.
+    bool Changed() const { return m_changed; }
+
+   private:
+    friend class NIniFileKeyMap;
+    const char* m_name = nullptr;  // UTF-8
+    std::uint32_t m_nameSize = 0;
+    bool m_heap = false;  // the data was allocated on its own, not in the arena
+    bool m_changed = false;
+    NIniFileData* m_data = nullptr;
   };
 
   NIniFileKeyMap();
@@ -47,8 +57,8 @@ class NIniFileKeyMap {
   // The position of a personal name in the fixed array, or -1.
   static int FixedIndex(std::string_view name);
 
-  // Keeps a file's text for the table's lifetime and returns a view of the
-  // kept copy, for records to point into.
+  // Keeps a file's text for the table's lifetime (at most two texts) and
+  // returns a view of the kept copy, for records to point into.
   std::string_view AdoptText(std::string text);
   // Memory that lives as long as the table, for values read from a file.
   void* Allocate(std::size_t size, std::size_t alignment = alignof(std::max_align_t));
@@ -57,7 +67,7 @@ class NIniFileKeyMap {
   const Element* Find(std::string_view name) const;
   NIniFileData* FindData(std::string_view name) const {
     const Element* element = Find(name);
-    return element ? element->data : nullptr;
+    return element ? element->m_data : nullptr;
   }
 
   // Gives `name` new data, destroying what it held. `name` must outlive the
@@ -66,25 +76,37 @@ class NIniFileKeyMap {
   // Destroys the data of `name`; false when it had none.
   bool Remove(std::string_view name, bool markChanged);
 
+  // Elements by position: the fixed array, then the free array. Positions
+  // stay valid for the table's lifetime.
+  std::size_t ElementCount() const { return kFixedCount + m_free.size(); }
+  const Element& ElementAt(std::size_t position) const {
+    return position < kFixedCount ? m_fixed[position] : m_free[position - kFixedCount];
+  }
+
   // Calls f(element) for every element that holds data, fixed array first.
   template <typename F>
   void ForEach(F&& f) const {
     for (const Element& e : m_fixed) {
-      if (e.data) f(e);
+      if (e.m_data) f(e);
     }
     for (const Element& e : m_free) {
-      if (e.data) f(e);
+      if (e.m_data) f(e);
     }
   }
   // Calls f(element) for every element changed since load or save.
   template <typename F>
   void ForEachChanged(F&& f) const {
     for (const Element& e : m_fixed) {
-      if (e.changed) f(e);
+      if (e.m_changed) f(e);
     }
     for (const Element& e : m_free) {
-      if (e.changed) f(e);
+      if (e.m_changed) f(e);
     }
+  }
+
+  // Whether `element` is one of the fixed array's personal names.
+  bool IsPersonal(const Element& element) const {
+    return &element >= m_fixed.data() && &element < m_fixed.data() + kFixedCount;
   }
 
   bool HasFixedData() const;
@@ -93,16 +115,17 @@ class NIniFileKeyMap {
   std::size_t ValueCount() const;
 
  private:
-  Element* Lookup(std::string_view name);
-  Element& Insert(std::string_view name, bool copyName);
-  void Grow();
+  Element* Lookup(std::string_view name, std::uint64_t hash);
+  Element& Insert(std::string_view name, std::uint64_t hash, bool copyName);
+  void Rebuild(std::size_t capacity);
   static void Destroy(Element& element);
 
   std::array<Element, kFixedCount> m_fixed;
   std::vector<Element> m_free;
   std::vector<std::uint32_t> m_index;  // 0: empty; otherwise a free-array position + 1
-  std::deque<std::string> m_texts;
-  std::deque<std::string> m_ownedNames;
+  std::array<std::string, 2> m_texts;
+  std::size_t m_textCount = 0;
+  std::vector<std::unique_ptr<char[]>> m_ownedNames;
   // Made when the first text arrives, sized from it.
   std::optional<std::pmr::monotonic_buffer_resource> m_arena;
 };

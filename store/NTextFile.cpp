@@ -63,20 +63,27 @@ NStatus NTextFile::Read(std::string* raw) {
   NFileInfo info;
   if (NStatus status = m_file->GetInfo(&info); !status) return status;
   if (info.size > kMaxFileSize) return NStatus::Error(NStatus::kNotEnoughMemory, "read (file too large)");
-  // The size is a hint: another writer may have changed it meanwhile, so
-  // reading goes on block by block until a short read.
-  raw->clear();
-  raw->reserve(static_cast<size_t>(info.size) + 1);
+  // The size is a hint: another writer may have changed the file meanwhile.
+  // One spare byte tells a file that grew, which is then read on in blocks;
+  // the buffer never holds more than the file and that byte.
+  raw->resize(static_cast<size_t>(info.size) + 1);
+  size_t at = 0;
   for (;;) {
-    const size_t at = raw->size();
-    if (at >= kMaxFileSize) return NStatus::Error(NStatus::kNotEnoughMemory, "read (file too large)");
-    raw->resize(at + kBlockSize);
+    if (at == raw->size()) {
+      if (at >= kMaxFileSize) return NStatus::Error(NStatus::kNotEnoughMemory, "read (file too large)");
+      raw->resize(at + kBlockSize);
+    }
+    const size_t want = raw->size() - at;
     size_t got = 0;
-    NStatus status = m_file->Read(at, raw->data() + at, kBlockSize, &got);
-    raw->resize(at + got);
-    if (!status) return status;
-    if (got < kBlockSize) break;
+    NStatus status = m_file->Read(at, raw->data() + at, want, &got);
+    at += got;
+    if (!status) {
+      raw->resize(at);
+      return status;
+    }
+    if (got < want) break;
   }
+  raw->resize(at);
   return NStatus::Ok();
 }
 
