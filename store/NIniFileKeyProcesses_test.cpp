@@ -189,6 +189,11 @@ int RunChild(std::string_view role) {
     return 0;
   }
 
+  // Hosts have other threads, and a signal sent to the process may land on
+  // any of them: the writer keeps one idle thread that does not block it.
+  std::thread([] {
+    for (;;) ::pause();
+  }).detach();
   const bool alternating = role == kAlternatingWriter;
   volatile std::int32_t* target = nullptr;
   if (alternating) {
