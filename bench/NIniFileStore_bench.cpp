@@ -9,6 +9,7 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <set>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -57,11 +58,19 @@ std::string ReadWhole(const fs::path& path) {
 
 // The session keys of one folder in one fixed order, with the file of each
 // built as the store builds it, so that every walk visits the same files.
+// A value a host reads: a record declares its fields by name and kind.
+struct NField {
+  NUnicodeString name;
+  NProfileValueType kind;
+};
+
 struct NSessionFolder {
   std::string root;
   std::vector<NKeyPath> keys;
   std::vector<NUnicodeString> files;
   std::uint64_t bytes = 0;
+  // Every name and kind the sessions use: the session record's fields.
+  std::vector<NField> fields;
 };
 
 NSessionFolder CollectSessions(const fs::path& root) {
@@ -101,6 +110,26 @@ bool ReadLocked(NPlatform& platform, const NUnicodeString& path, std::string* ra
   return file->Unlock(kLockOffset, kLockLength) && read;
 }
 
+// The fields of the session record, gathered from a few hundred sessions
+// (they share one vocabulary), in the order first seen.
+std::vector<NField> CollectFields(const NSessionFolder& folder) {
+  NIniFileStore store(NUnicodeString::FromUtf8(folder.root), NUnicodeString(), NPlatform::Default());
+  std::vector<NField> fields;
+  std::set<std::pair<NUnicodeString, std::uint32_t>> seen;
+  for (std::size_t i = 0; i < folder.keys.size() && i < 500; ++i) {
+    NReportMessageParams params;
+    auto key = NIniFileKey::Open(store, folder.keys[i], true, params);
+    if (!key) continue;
+    auto values = key->CreateIterator(true);
+    NUnicodeString name;
+    std::uint32_t kind;
+    while (values->Next(&name, &kind)) {
+      if (seen.insert({name, kind}).second) fields.push_back({name, static_cast<NProfileValueType>(kind)});
+    }
+  }
+  return fields;
+}
+
 // Generated on first use and reused by later runs while its marker names the
 // same count and seed; read once through so that every walk finds it cached.
 const NSessionFolder& Folder(int sessions) {
@@ -123,6 +152,7 @@ const NSessionFolder& Folder(int sessions) {
     std::ofstream(marker) << expected;
   }
   slot = std::make_unique<NSessionFolder>(CollectSessions(root));
+  slot->fields = CollectFields(*slot);
   std::string raw;
   for (const NUnicodeString& file : slot->files) ReadLocked(NPlatform::Default(), file, &raw);
   return *slot;
@@ -220,41 +250,55 @@ struct NValueBuffers {
   std::vector<std::uint8_t> bytes;
 };
 
-// Reads every value of the key through the getter of its kind, as a host
-// does; the count of values read.
-std::uint64_t ReadAllValues(NIniFileKey& key, NValueBuffers& buffers) {
+// Reads one value through the getter of its kind.
+bool ReadValue(const NIniFileKey& key, const NUnicodeString& name, NProfileValueType kind, NValueBuffers& buffers) {
+  bool ok = false;
+  switch (kind) {
+    case NProfileValueType::kDword: {
+      std::uint32_t dword = 0;
+      ok = key.GetDwordValue(name, &dword);
+      benchmark::DoNotOptimize(dword);
+      break;
+    }
+    case NProfileValueType::kString:
+      ok = key.GetStringValue(name, &buffers.text);
+      break;
+    case NProfileValueType::kBinary: {
+      std::uint32_t length = 0;
+      ok = key.GetBinaryValue(name, nullptr, &length);
+      if (ok && buffers.bytes.size() < length) buffers.bytes.resize(length);
+      ok = ok && key.GetBinaryValue(name, buffers.bytes.data(), &length);
+      break;
+    }
+    case NProfileValueType::kMultiString:
+      ok = key.GetMultiStringValue(name, &buffers.strings);
+      break;
+  }
+  return ok;
+}
+
+// Reads every field of the session record through the getter of its kind,
+// as a host loading its record does; the count of values found.
+std::uint64_t ReadAllValues(const NIniFileKey& key, const std::vector<NField>& fields, NValueBuffers& buffers) {
+  std::uint64_t read = 0;
+  for (const NField& field : fields) read += ReadValue(key, field.name, field.kind, buffers) ? 1 : 0;
+  return read;
+}
+
+// Reads every value the key holds, found through its value iterator, as the
+// check command does; the count of values read.
+std::uint64_t IterateAllValues(NIniFileKey& key, NValueBuffers& buffers) {
   std::uint64_t read = 0;
   std::unique_ptr<NProfileKeyIterator> values = key.CreateIterator(true);
   std::uint32_t kind = 0;
   while (values->Next(&buffers.name, &kind)) {
-    bool ok = false;
-    switch (static_cast<NProfileValueType>(kind)) {
-      case NProfileValueType::kDword: {
-        std::uint32_t dword = 0;
-        ok = key.GetDwordValue(buffers.name, &dword);
-        benchmark::DoNotOptimize(dword);
-        break;
-      }
-      case NProfileValueType::kString:
-        ok = key.GetStringValue(buffers.name, &buffers.text);
-        break;
-      case NProfileValueType::kBinary: {
-        std::uint32_t length = 0;
-        ok = key.GetBinaryValue(buffers.name, nullptr, &length);
-        if (ok && buffers.bytes.size() < length) buffers.bytes.resize(length);
-        ok = ok && key.GetBinaryValue(buffers.name, buffers.bytes.data(), &length);
-        break;
-      }
-      case NProfileValueType::kMultiString:
-        ok = key.GetMultiStringValue(buffers.name, &buffers.strings);
-        break;
-    }
-    read += ok ? 1 : 0;
+    read += ReadValue(key, buffers.name, static_cast<NProfileValueType>(kind), buffers) ? 1 : 0;
   }
   return read;
 }
 
-void BM_StoreLoadAndReadAll(benchmark::State& state) {
+template <bool kIterate>
+void StoreWalk(benchmark::State& state) {
   const NSessionFolder* folder = FolderOrSkip(state);
   if (!folder) return;
   NIniFileStore store(NUnicodeString::FromUtf8(folder->root), NUnicodeString(), NPlatform::Default());
@@ -271,7 +315,7 @@ void BM_StoreLoadAndReadAll(benchmark::State& state) {
         state.SkipWithError("a session key could not be opened");
         return;
       }
-      values += ReadAllValues(*key, buffers);
+      values += kIterate ? IterateAllValues(*key, buffers) : ReadAllValues(*key, folder->fields, buffers);
     }
     benchmark::DoNotOptimize(values);
     clock.Stop();
@@ -279,6 +323,11 @@ void BM_StoreLoadAndReadAll(benchmark::State& state) {
   clock.SetCounters(state, folder->files.size(), folder->bytes);
   state.counters["values_per_file"] = static_cast<double>(values) / static_cast<double>(folder->files.size());
 }
+
+// Every key loaded and every field of the record read by name.
+void BM_StoreLoadAndReadAll(benchmark::State& state) { StoreWalk<false>(state); }
+// Every key loaded and every value it holds read through its iterator.
+void BM_StoreLoadAndIterate(benchmark::State& state) { StoreWalk<true>(state); }
 
 // ---- Saving ----
 
@@ -390,7 +439,8 @@ void RegisterBenchmarks() {
   };
   constexpr NCase kWalks[] = {{"BM_FloorOpenLockReadClose", BM_FloorOpenLockReadClose},
                               {"BM_FloorPlusSplit", BM_FloorPlusSplit},
-                              {"BM_StoreLoadAndReadAll", BM_StoreLoadAndReadAll}};
+                              {"BM_StoreLoadAndReadAll", BM_StoreLoadAndReadAll},
+                              {"BM_StoreLoadAndIterate", BM_StoreLoadAndIterate}};
   constexpr struct NSize {
     int sessions;
     int iterations;

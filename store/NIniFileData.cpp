@@ -26,7 +26,19 @@ void AppendHeader(std::string& out, char kind, std::string_view name) {
   out.append("\"=");
 }
 
-NUnicodeString Widen(std::string_view utf8) { return NUnicodeString::FromUtf8(utf8); }
+// Decodes into the caller's string, reusing its buffer: hosts read many
+// values into one string.
+void AssignUtf8(NUnicodeString* out, std::string_view utf8) {
+  out->resize(utf8.size());
+  char16_t* units = out->data();
+  unsigned char any = 0;
+  for (std::size_t i = 0; i < utf8.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(utf8[i]);
+    any |= byte;
+    units[i] = byte;
+  }
+  if (any >= 0x80) *out = NUnicodeString::FromUtf8(utf8);
+}
 
 }  // namespace
 
@@ -94,7 +106,7 @@ NIniFileDataString* NIniFileDataString::Owning(std::string_view utf8) {
 }
 
 bool NIniFileDataString::GetString(NUnicodeString* value) const {
-  *value = Widen(m_text.View());
+  AssignUtf8(value, m_text.View());
   return true;
 }
 
@@ -134,13 +146,13 @@ std::string NIniFileDataStringSz::BlockOf(const NStringArray& strings) {
 }
 
 bool NIniFileDataStringSz::GetMultiString(NStringArray* value) const {
-  NStringArray strings;
-  strings.reserve(m_count);
+  // A block of one empty string is " ", so its lines always match the count.
+  value->resize(m_count);
   NLineReader lines(m_block.View());
   std::string_view line;
-  for (std::uint32_t i = 0; i < m_count && lines.Next(&line); ++i) strings.Add(Widen(line.substr(1)));
-  // A block of one empty string is " ", so lines always match the count.
-  *value = std::move(strings);
+  std::size_t filled = 0;
+  while (filled < m_count && lines.Next(&line)) AssignUtf8(&(*value)[filled++], line.substr(1));
+  value->resize(filled);
   return true;
 }
 

@@ -29,15 +29,19 @@ constexpr std::uint64_t kLockLength = 4;
 class Utf8Name {
  public:
   explicit Utf8Name(std::u16string_view name) {
-    char16_t any = 0;
-    for (const char16_t c : name) any |= c;
-    if (any < 0x80 && name.size() <= sizeof m_small) {
-      for (std::size_t i = 0; i < name.size(); ++i) m_small[i] = static_cast<char>(name[i]);
-      m_view = std::string_view(m_small, name.size());
-    } else {
-      m_large = NUnicodeString(name).ToUtf8();
-      m_view = m_large;
+    if (name.size() <= sizeof m_small) {
+      char16_t any = 0;
+      for (std::size_t i = 0; i < name.size(); ++i) {
+        any |= name[i];
+        m_small[i] = static_cast<char>(name[i]);
+      }
+      if (any < 0x80) {
+        m_view = std::string_view(m_small, name.size());
+        return;
+      }
     }
+    m_large = NUnicodeString(name).ToUtf8();
+    m_view = m_large;
   }
   std::string_view View() const { return m_view; }
 
@@ -205,6 +209,7 @@ bool NIniFileKey::Load(NReportMessageParams& params) {
   // left in the main file.
   if (!LoadFile(*map, PrivateFilePath(), &m_files[1], &m_reports[1], params)) return false;
   m_map = std::move(map);
+  ++m_tableGeneration;
   m_modified = false;
   return true;
 }
@@ -454,6 +459,7 @@ void NIniFileKey::MergeOnto(const std::string& mainBytes, const std::string& pri
     }
   });
   m_map = std::move(merged);
+  ++m_tableGeneration;
 }
 
 // ---- Sub-keys ----

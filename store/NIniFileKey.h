@@ -71,6 +71,8 @@ class NIniFileKey final : public NProfileKey {
 
   bool IsModified() const { return m_modified; }
   const Map& Values() const { return *m_map; }
+  // Changes whenever the key's table is replaced (reload, merge on save).
+  std::uint64_t TableGeneration() const { return m_tableGeneration; }
   // What loading the main file (index 0) and the private file (1) noticed.
   const NIniLoadReport& LoadReport(int file = 0) const { return m_reports[file]; }
   // The key's files on disk; the private one is empty without a private root.
@@ -101,6 +103,7 @@ class NIniFileKey final : public NProfileKey {
   bool m_readOnly;
   bool m_modified = false;
   std::unique_ptr<Map> m_map;
+  std::uint64_t m_tableGeneration = 0;
   FileState m_files[2];
   NIniLoadReport m_reports[2];
 };

@@ -14,6 +14,8 @@ bool IsKeyFileName(std::u16string_view name) {
          NUnicodeString::CompareIgnoreCase(name.substr(name.size() - kKeyFileSuffix.size()), kKeyFileSuffix) == 0;
 }
 
+char FoldAscii(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
+
 }  // namespace
 
 int NIniFileKey::Iterator::Compare(std::u16string_view a, std::u16string_view b) {
@@ -23,6 +25,30 @@ int NIniFileKey::Iterator::Compare(std::u16string_view a, std::u16string_view b)
   }
   if (a.size() == b.size()) return 0;
   return a.size() < b.size() ? -1 : 1;
+}
+
+int NIniFileKey::Iterator::CompareUtf8(std::string_view a, std::string_view b) {
+  // ASCII folds by itself; anything else is compared as UTF-16, the order's
+  // own terms (UTF-8 byte order differs from it above the surrogates).
+  const std::size_t shorter = std::min(a.size(), b.size());
+  for (std::size_t i = 0; i < shorter; ++i) {
+    const char x = a[i];
+    const char y = b[i];
+    if ((static_cast<unsigned char>(x) | static_cast<unsigned char>(y)) >= 0x80) {
+      return Compare(NUnicodeString::FromUtf8(a), NUnicodeString::FromUtf8(b));
+    }
+    const char fx = FoldAscii(x);
+    const char fy = FoldAscii(y);
+    if (fx != fy) return fx < fy ? -1 : 1;
+  }
+  if (a.size() == b.size()) return 0;
+  return a.size() < b.size() ? -1 : 1;
+}
+
+void NIniFileKey::Iterator::Add(std::string_view name, std::uint32_t kind, std::uint32_t position) {
+  m_entries.push_back({static_cast<std::uint32_t>(m_names.size()), static_cast<std::uint32_t>(name.size()), kind,
+                       position});
+  m_names.append(name);
 }
 
 NIniFileKey::Iterator::Iterator(NPlatform& platform, const NUnicodeString& folder) {
@@ -36,40 +62,45 @@ NIniFileKey::Iterator::Iterator(NPlatform& platform, const NUnicodeString& folde
   }
   for (NFolderEntry& entry : entries) {
     if (entry.kind == NPathKind::kFolder) {
-      m_entries.push_back({NUnicodeString(std::move(entry.name)), kSubKeyFolder});
+      Add(NUnicodeString(std::move(entry.name)).ToUtf8(), kSubKeyFolder, 0);
     } else if (entry.kind == NPathKind::kFile && IsKeyFileName(entry.name)) {
       entry.name.resize(entry.name.size() - kKeyFileSuffix.size());
-      m_entries.push_back({NUnicodeString(std::move(entry.name)), kSubKeyFile});
+      Add(NUnicodeString(std::move(entry.name)).ToUtf8(), kSubKeyFile, 0);
     }
   }
   Sort();
 }
 
-NIniFileKey::Iterator::Iterator(const NIniFileKey& key) : m_key(&key) {
-  key.Values().ForEach([this](const Map::Element& element) {
-    m_entries.push_back(
-        {NUnicodeString::FromUtf8(element.Name()), static_cast<std::uint32_t>(element.Data()->TypeTag())});
-  });
+NIniFileKey::Iterator::Iterator(const NIniFileKey& key) : m_key(&key), m_generation(key.TableGeneration()) {
+  const Map& map = key.Values();
+  m_entries.reserve(map.ElementCount());
+  for (std::size_t i = 0; i < map.ElementCount(); ++i) {
+    const Map::Element& element = map.ElementAt(i);
+    if (element.Data()) {
+      Add(element.Name(), static_cast<std::uint32_t>(element.Data()->TypeTag()), static_cast<std::uint32_t>(i));
+    }
+  }
   Sort();
 }
 
 void NIniFileKey::Iterator::Sort() {
   std::stable_sort(m_entries.begin(), m_entries.end(),
-                   [](const Entry& a, const Entry& b) { return Compare(a.name, b.name) < 0; });
+                   [this](const Entry& a, const Entry& b) { return CompareUtf8(NameOf(a), NameOf(b)) < 0; });
   // Entries equal under the order are one: a folder and a key file of the
   // same name make kind 7.
-  std::vector<Entry> merged;
-  merged.reserve(m_entries.size());
-  for (Entry& entry : m_entries) {
-    if (!merged.empty() && Compare(merged.back().name, entry.name) == 0) {
-      if (merged.back().kind != entry.kind && merged.back().kind >= kSubKeyFolder && entry.kind >= kSubKeyFolder) {
-        merged.back().kind = kSubKeyFolderAndFile;
+  std::size_t kept = 0;
+  for (std::size_t i = 0; i < m_entries.size(); ++i) {
+    const Entry& entry = m_entries[i];
+    if (kept > 0 && CompareUtf8(NameOf(m_entries[kept - 1]), NameOf(entry)) == 0) {
+      Entry& last = m_entries[kept - 1];
+      if (last.kind != entry.kind && last.kind >= kSubKeyFolder && entry.kind >= kSubKeyFolder) {
+        last.kind = kSubKeyFolderAndFile;
       }
       continue;
     }
-    merged.push_back(std::move(entry));
+    m_entries[kept++] = entry;
   }
-  m_entries = std::move(merged);
+  m_entries.resize(kept);
 }
 
 bool NIniFileKey::Iterator::Next(NUnicodeString* name, std::uint32_t* kind) {
@@ -77,10 +108,13 @@ bool NIniFileKey::Iterator::Next(NUnicodeString* name, std::uint32_t* kind) {
     const Entry& entry = m_entries[m_next++];
     // A value deleted since the iterator was made is skipped; sub-keys are
     // reported as they were found.
-    if (entry.kind < kSubKeyFolder && m_key) {
-      if (m_key->Values().FindData(entry.name.ToUtf8()) == nullptr) continue;
+    if (m_key) {
+      const Map& map = m_key->Values();
+      const bool present = m_key->TableGeneration() == m_generation ? map.ElementAt(entry.position).Data() != nullptr
+                                         : map.FindData(NameOf(entry)) != nullptr;  // reloaded meanwhile
+      if (!present) continue;
     }
-    *name = entry.name;
+    *name = NUnicodeString::FromUtf8(NameOf(entry));
     *kind = entry.kind;
     return true;
   }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "store/NIniFileKey.h"
@@ -30,15 +31,24 @@ class NIniFileKey::Iterator final : public NProfileKeyIterator {
 
   // The iterator's order: negative, zero or positive.
   static int Compare(std::u16string_view a, std::u16string_view b);
+  // The same order on UTF-8 names.
+  static int CompareUtf8(std::string_view a, std::string_view b);
 
  private:
+  // Names are kept as UTF-8 in one buffer; an entry is a slice of it.
   struct Entry {
-    NUnicodeString name;
+    std::uint32_t offset;
+    std::uint32_t size;
     std::uint32_t kind;
+    std::uint32_t position;  // a value's place in the key's table
   };
+  void Add(std::string_view name, std::uint32_t kind, std::uint32_t position);
+  std::string_view NameOf(const Entry& entry) const { return std::string_view(m_names).substr(entry.offset, entry.size); }
   void Sort();
 
   const NIniFileKey* m_key = nullptr;  // set for a value iterator
+  std::uint64_t m_generation = 0;      // the key's table when the iterator was made
+  std::string m_names;
   std::vector<Entry> m_entries;
   std::size_t m_next = 0;
 };

@@ -1,8 +1,8 @@
 #include "store/NIniFileKeyMap.h"
 
+#include <algorithm>
 #include <cstring>
 
-#include "base/NHash.h"
 
 const std::array<std::string_view, NIniFileKeyMap::kFixedCount> NIniFileKeyMap::kFixedNames = {
     "Username",
@@ -31,54 +31,63 @@ const std::array<std::string_view, NIniFileKeyMap::kFixedCount> NIniFileKeyMap::
 
 namespace {
 
-// Value objects take about half as many bytes as the text they come from,
-// and a record takes about 36 bytes of text.
-std::size_t ArenaSize(std::size_t textSize) { return textSize * 3 / 4 + 512; }
+// A record takes about 36 bytes of text and its value object about 20, so
+// one arena block usually holds a whole file's values.
 std::size_t ExpectedRecords(std::size_t textSize) { return textSize / 36 + 8; }
+std::size_t ArenaSize(std::size_t textSize) { return ExpectedRecords(textSize) * 20 + 256; }
 
-std::uint64_t Hash(std::string_view name) { return NHashBytes(name.data(), name.size()); }
+// The index is kept at most two thirds full.
+std::size_t IndexCapacity(std::size_t elements) { return elements * 3 / 2 + 1; }
 
-// The personal names by hash: one probe settles nearly every lookup.
-class FixedTable {
- public:
-  FixedTable() {
-    for (std::size_t i = 0; i < NIniFileKeyMap::kFixedCount; ++i) {
-      const std::uint64_t hash = Hash(NIniFileKeyMap::kFixedNames[i]);
-      std::size_t slot = hash & kMask;
-      while (m_slots[slot].position) slot = (slot + 1) & kMask;
-      m_slots[slot] = {hash, static_cast<int>(i + 1)};
-    }
+// Names are short; a multiply-mix over 8-byte words hashes them in a few
+// cycles, which matters because every record and every lookup hashes one.
+__extension__ typedef unsigned __int128 Wide;
+
+inline std::uint64_t Mix(std::uint64_t a, std::uint64_t b) {
+  const Wide product = static_cast<Wide>(a ^ 0xa0761d6478bd642full) * (b ^ 0xe7037ed1a0b428dbull);
+  return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
+}
+
+inline std::uint64_t Load8(const char* p) {
+  std::uint64_t word;
+  std::memcpy(&word, p, 8);
+  return word;
+}
+
+inline std::uint64_t Hash(std::string_view name) {
+  const char* p = name.data();
+  const std::size_t size = name.size();
+  std::uint64_t hash = size;
+  if (size >= 8) {
+    std::size_t i = 0;
+    for (; i + 8 < size; i += 8) hash = Mix(hash, Load8(p + i));
+    return Mix(hash, Load8(p + size - 8));  // the last word, overlapping the one before
   }
-  int Find(std::string_view name, std::uint64_t hash) const {
-    for (std::size_t slot = hash & kMask; m_slots[slot].position; slot = (slot + 1) & kMask) {
-      const Slot& s = m_slots[slot];
-      if (s.hash == hash && NIniFileKeyMap::kFixedNames[static_cast<std::size_t>(s.position - 1)] == name) {
-        return s.position - 1;
-      }
-    }
-    return -1;
-  }
+  std::uint64_t tail = 0;
+  for (std::size_t i = 0; i < size; ++i) tail = tail << 8 | static_cast<unsigned char>(p[i]);
+  return Mix(hash, tail);
+}
 
- private:
-  static constexpr std::size_t kMask = 63;
-  struct Slot {
-    std::uint64_t hash = 0;
-    int position = 0;  // index + 1; 0 for an empty slot
-  };
-  std::array<Slot, kMask + 1> m_slots;
-};
-
-const FixedTable& Fixed() {
-  static const FixedTable table;
-  return table;
+// The hashes of the personal names, computed once.
+const std::array<std::uint64_t, NIniFileKeyMap::kFixedCount>& FixedHashes() {
+  static const std::array<std::uint64_t, NIniFileKeyMap::kFixedCount> hashes = [] {
+    std::array<std::uint64_t, NIniFileKeyMap::kFixedCount> h{};
+    for (std::size_t i = 0; i < NIniFileKeyMap::kFixedCount; ++i) h[i] = Hash(NIniFileKeyMap::kFixedNames[i]);
+    return h;
+  }();
+  return hashes;
 }
 
 }  // namespace
 
-NIniFileKeyMap::NIniFileKeyMap() {
+NIniFileKeyMap::NIniFileKeyMap() : m_index(64, 0) {
+  // The personal names share the index with the others, so that a lookup
+  // is one probe sequence whatever the name.
+  const auto& hashes = FixedHashes();
   for (std::size_t i = 0; i < kFixedCount; ++i) {
     m_fixed[i].m_name = kFixedNames[i].data();
     m_fixed[i].m_nameSize = static_cast<std::uint32_t>(kFixedNames[i].size());
+    Place(hashes[i], static_cast<std::uint32_t>(i));
   }
 }
 
@@ -98,50 +107,71 @@ void NIniFileKeyMap::Destroy(Element& element) {
   element.m_heap = false;
 }
 
-int NIniFileKeyMap::FixedIndex(std::string_view name) { return Fixed().Find(name, Hash(name)); }
+int NIniFileKeyMap::FixedIndex(std::string_view name) {
+  for (std::size_t i = 0; i < kFixedCount; ++i) {
+    if (kFixedNames[i] == name) return static_cast<int>(i);
+  }
+  return -1;
+}
+
+void NIniFileKeyMap::Place(std::uint64_t hash, std::uint32_t position) {
+  const std::size_t mask = m_index.size() - 1;
+  std::size_t slot = hash & mask;
+  while (m_index[slot] != 0) slot = (slot + 1) & mask;
+  m_index[slot] = position + 1;
+}
 
 std::string_view NIniFileKeyMap::AdoptText(std::string text) {
-  if (!m_arena) m_arena.emplace(ArenaSize(text.size()));
+  if (m_blocks.empty()) m_nextBlock = ArenaSize(text.size());
   const std::size_t expected = m_free.size() + ExpectedRecords(text.size());
   if (expected > m_free.capacity()) m_free.reserve(expected);
-  if (expected * 2 > m_index.size()) Rebuild(expected * 2);
+  if (IndexCapacity(kFixedCount + expected) > m_index.size()) Rebuild(IndexCapacity(kFixedCount + expected));
   std::string& kept = m_texts.at(m_textCount++);
   kept = std::move(text);
   return kept;
 }
 
-void* NIniFileKeyMap::Allocate(std::size_t size, std::size_t alignment) {
-  if (!m_arena) m_arena.emplace(ArenaSize(size));
-  return m_arena->allocate(size, alignment);
+void* NIniFileKeyMap::AllocateBlock(std::size_t size, std::size_t alignment) {
+  const std::size_t block = std::max({m_nextBlock, size + alignment, std::size_t{512}});
+  m_blocks.push_back(std::unique_ptr<char[]>(new char[block]));
+  m_cursor = m_blocks.back().get();
+  m_left = block;
+  m_nextBlock = block * 2;
+  return Allocate(size, alignment);
 }
 
 NIniFileKeyMap::Element* NIniFileKeyMap::Lookup(std::string_view name, std::uint64_t hash) {
-  if (const int fixed = Fixed().Find(name, hash); fixed >= 0) return &m_fixed[static_cast<std::size_t>(fixed)];
-  if (m_index.empty()) return nullptr;
   const std::size_t mask = m_index.size() - 1;
   for (std::size_t slot = hash & mask;; slot = (slot + 1) & mask) {
     const std::uint32_t entry = m_index[slot];
     if (entry == 0) return nullptr;
-    Element& element = m_free[entry - 1];
+    Element& element = At(entry - 1);
     if (element.Name() == name) return &element;
   }
 }
 
 const NIniFileKeyMap::Element* NIniFileKeyMap::Find(std::string_view name) const {
-  return const_cast<NIniFileKeyMap*>(this)->Lookup(name, Hash(name));
+  if (m_hint < ElementCount()) {
+    const Element& next = ElementAt(m_hint);
+    if (next.Name() == name) {
+      ++m_hint;
+      return &next;
+    }
+  }
+  const Element* found = const_cast<NIniFileKeyMap*>(this)->Lookup(name, Hash(name));
+  if (found) m_hint = static_cast<std::size_t>(found - (IsPersonal(*found) ? m_fixed.data() : m_free.data() - kFixedCount)) + 1;
+  return found;
 }
 
 void NIniFileKeyMap::Rebuild(std::size_t capacity) {
   std::size_t size = 64;
   while (size < capacity) size *= 2;
-  std::vector<std::uint32_t> index(size, 0);
-  const std::size_t mask = size - 1;
+  m_index.assign(size, 0);
+  const auto& hashes = FixedHashes();
+  for (std::size_t i = 0; i < kFixedCount; ++i) Place(hashes[i], static_cast<std::uint32_t>(i));
   for (std::size_t i = 0; i < m_free.size(); ++i) {
-    std::size_t slot = Hash(m_free[i].Name()) & mask;
-    while (index[slot] != 0) slot = (slot + 1) & mask;
-    index[slot] = static_cast<std::uint32_t>(i + 1);
+    Place(Hash(m_free[i].Name()), static_cast<std::uint32_t>(kFixedCount + i));
   }
-  m_index = std::move(index);
 }
 
 NIniFileKeyMap::Element& NIniFileKeyMap::Insert(std::string_view name, std::uint64_t hash, bool copyName) {
@@ -155,15 +185,11 @@ NIniFileKeyMap::Element& NIniFileKeyMap::Insert(std::string_view name, std::uint
   }
   element.m_nameSize = static_cast<std::uint32_t>(name.size());
   m_free.push_back(element);
-  // Keep the index at most half full.
-  if (m_free.size() * 2 > m_index.size()) {
-    Rebuild(m_free.size() * 2);
-    return m_free.back();
+  if (IndexCapacity(ElementCount()) > m_index.size()) {
+    Rebuild(IndexCapacity(ElementCount()) * 2);
+  } else {
+    Place(hash, static_cast<std::uint32_t>(ElementCount() - 1));
   }
-  const std::size_t mask = m_index.size() - 1;
-  std::size_t slot = hash & mask;
-  while (m_index[slot] != 0) slot = (slot + 1) & mask;
-  m_index[slot] = static_cast<std::uint32_t>(m_free.size());
   return m_free.back();
 }
 

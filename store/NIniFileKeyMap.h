@@ -3,8 +3,6 @@
 #include <array>
 #include <cstdint>
 #include <memory>
-#include <memory_resource>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,7 +19,7 @@
 // deleted and set again returns to where it was.
 //
 // Lookups go through an index beside the arrays (open addressing over the
-// free array, a fixed table for the personal names), so they never scan.
+// positions of both), so they never scan.
 // Names are compared exactly: case matters.
 //
 // The table owns the texts of the files it was loaded from (at most two: the
@@ -61,9 +59,19 @@ class NIniFileKeyMap {
   // returns a view of the kept copy, for records to point into.
   std::string_view AdoptText(std::string text);
   // Memory that lives as long as the table, for values read from a file.
-  void* Allocate(std::size_t size, std::size_t alignment = alignof(std::max_align_t));
+  // A bump allocator: loading makes a few hundred small objects per key.
+  void* Allocate(std::size_t size, std::size_t alignment = alignof(std::max_align_t)) {
+    const std::size_t pad = (alignment - reinterpret_cast<std::uintptr_t>(m_cursor) % alignment) % alignment;
+    if (pad + size > m_left) return AllocateBlock(size, alignment);
+    char* memory = m_cursor + pad;
+    m_cursor = memory + size;
+    m_left -= pad + size;
+    return memory;
+  }
 
-  // The element of `name` (with or without data), or null.
+  // The element of `name` (with or without data), or null. Hosts read a
+  // record's values in the order they are saved in, so the element after the
+  // one found last is tried first, before the index.
   const Element* Find(std::string_view name) const;
   NIniFileData* FindData(std::string_view name) const {
     const Element* element = Find(name);
@@ -115,17 +123,24 @@ class NIniFileKeyMap {
   std::size_t ValueCount() const;
 
  private:
+  Element& At(std::size_t position) { return position < kFixedCount ? m_fixed[position] : m_free[position - kFixedCount]; }
   Element* Lookup(std::string_view name, std::uint64_t hash);
+  void Place(std::uint64_t hash, std::uint32_t position);
   Element& Insert(std::string_view name, std::uint64_t hash, bool copyName);
   void Rebuild(std::size_t capacity);
+  void* AllocateBlock(std::size_t size, std::size_t alignment);
   static void Destroy(Element& element);
 
   std::array<Element, kFixedCount> m_fixed;
   std::vector<Element> m_free;
-  std::vector<std::uint32_t> m_index;  // 0: empty; otherwise a free-array position + 1
+  std::vector<std::uint32_t> m_index;  // 0: empty; otherwise an element's position + 1
+  mutable std::size_t m_hint = 0;      // the position after the element found last
   std::array<std::string, 2> m_texts;
   std::size_t m_textCount = 0;
   std::vector<std::unique_ptr<char[]>> m_ownedNames;
-  // Made when the first text arrives, sized from it.
-  std::optional<std::pmr::monotonic_buffer_resource> m_arena;
+  // The arena's blocks; the first is sized from the first text.
+  std::vector<std::unique_ptr<char[]>> m_blocks;
+  char* m_cursor = nullptr;
+  std::size_t m_left = 0;
+  std::size_t m_nextBlock = 0;
 };

@@ -1,15 +1,25 @@
 #include "store/NIniRecordReader.h"
 
+#include <array>
+
+#include "base/NAscii.h"
 #include <cstring>
 
 namespace {
 
-int HexDigit(unsigned char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return -1;
-}
+// The value of each byte as a hex digit, or -1.
+constexpr std::array<signed char, 256> kHexValues = [] {
+  std::array<signed char, 256> values{};
+  for (int c = 0; c < 256; ++c) {
+    values[static_cast<size_t>(c)] = -1;
+    if (c >= '0' && c <= '9') values[static_cast<size_t>(c)] = static_cast<signed char>(c - '0');
+    if (c >= 'a' && c <= 'f') values[static_cast<size_t>(c)] = static_cast<signed char>(c - 'a' + 10);
+    if (c >= 'A' && c <= 'F') values[static_cast<size_t>(c)] = static_cast<signed char>(c - 'A' + 10);
+  }
+  return values;
+}();
+
+int HexDigit(unsigned char c) { return kHexValues[c]; }
 
 // How many UTF-16 code units the UTF-8 sequence led by `c` makes: none for
 // a continuation byte, two for a four-byte sequence.
@@ -35,6 +45,21 @@ std::string Quoted(char c) {
 }  // namespace
 
 bool NIniRecordReader::ReadHex8(std::string_view digits, std::uint32_t* value) {
+  if (digits.size() == 8) {
+    // The usual case: eight ASCII characters.
+    std::uint32_t result = 0;
+    unsigned char any = 0;
+    for (const char c : digits) {
+      const auto byte = static_cast<unsigned char>(c);
+      any |= byte;
+      const int digit = HexDigit(byte);
+      result = result * 16 + static_cast<std::uint32_t>(digit < 0 ? 255 : digit);
+    }
+    if (any < 0x80) {
+      *value = result;
+      return true;
+    }
+  }
   if (digits.size() < 8 || CountUnits(digits) != 8) return false;
   std::uint32_t result = 0;
   for (const char c : digits) {
@@ -54,7 +79,38 @@ NIniRecordReader::Result NIniRecordReader::Invalid(std::string problem) {
   return Result::kInvalid;
 }
 
+bool NIniRecordReader::NextSimple(NIniRecord* record) {
+  // The usual D and S records, read straight from the text: the name is
+  // scanned once and a DWORD's line end is right after its 8 digits, so the
+  // line needs no scan of its own. Anything unusual goes the general way,
+  // which gives the same result.
+  const std::string_view rest = m_lines.Rest();
+  const char* p = rest.data();
+  const char* end = p + rest.size();
+  if (rest.size() < 5 || p[1] != ':' || p[2] != '"' || (p[0] != 'D' && p[0] != 'S')) return false;
+  const char* q = p + 3;
+  while (q < end && *q != '"' && *q != '\r' && *q != '\n') ++q;
+  if (q + 1 >= end || *q != '"' || q[1] != '=') return false;
+  const char* value = q + 2;
+  std::size_t length;
+  if (p[0] == 'D') {
+    if (end - value < 8) return false;
+    if (end - value > 8 && value[8] != '\r' && value[8] != '\n') return false;
+    const std::string_view digits(value, 8);
+    if (!NIsAscii(digits) || NFindLineEnd(digits) != 8 || !ReadHex8(digits, &record->dword)) return false;
+    length = static_cast<std::size_t>(value + 8 - p);
+  } else {
+    length = static_cast<std::size_t>(value - p) + NFindLineEnd(std::string_view(value, static_cast<std::size_t>(end - value)));
+    record->text = std::string_view(value, static_cast<std::size_t>(p + length - value));
+  }
+  record->kind = p[0];
+  record->name = std::string_view(p + 3, static_cast<std::size_t>(q - p - 3));
+  m_lines.TakeLine(length);
+  return true;
+}
+
 NIniRecordReader::Result NIniRecordReader::Next(NIniRecord* record) {
+  if (NextSimple(record)) return Result::kRecord;
   std::string_view line;
   if (!m_lines.Next(&line)) return Result::kEnd;
   if (line.size() < 5 || (line.size() < 20 && CountUnits(line) < 5)) {

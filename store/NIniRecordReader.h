@@ -49,6 +49,7 @@ class NIniRecordReader {
 
  private:
   Result Invalid(std::string problem);
+  bool NextSimple(NIniRecord* record);
   Result ReadBinary(NIniRecord* record);
   Result ReadStrings(NIniRecord* record);
 

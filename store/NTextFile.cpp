@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "base/NAscii.h"
 #include "platform/NUnicode.h"
 
 namespace {
@@ -20,11 +21,7 @@ std::u16string Utf16FromBytes(std::string_view bytes, bool bigEndian) {
   return units;
 }
 
-bool IsAscii(std::string_view bytes) {
-  unsigned char any = 0;
-  for (const char c : bytes) any |= static_cast<unsigned char>(c);
-  return any < 0x80;
-}
+bool IsAscii(std::string_view bytes) { return NIsAscii(bytes); }
 
 // UTF-8 text kept as it is when valid; otherwise re-encoded with U+FFFD in
 // place of each malformed sequence.
@@ -115,21 +112,23 @@ bool NLineReader::Next(std::string_view* line) {
   if (m_position >= m_text.size()) return false;
   const char* begin = m_text.data() + m_position;
   const size_t left = m_text.size() - m_position;
-  // The line ends at the first CR or LF.
-  const void* lf = std::memchr(begin, '\n', left);
-  const size_t lfAt = lf ? static_cast<size_t>(static_cast<const char*>(lf) - begin) : left;
-  const void* cr = std::memchr(begin, '\r', lfAt);
-  const size_t end = cr ? static_cast<size_t>(static_cast<const char*>(cr) - begin) : lfAt;
+  const size_t end = NFindLineEnd(std::string_view(begin, left));
   *line = std::string_view(begin, end);
+  TakeLine(end);
+  return true;
+}
+
+void NLineReader::TakeLine(std::size_t end) {
+  const char* begin = m_text.data() + m_position;
+  const size_t left = m_text.size() - m_position;
   ++m_lineNumber;
   if (end == left) {
     m_position = m_text.size();
     m_unterminated = true;
-    return true;
+    return;
   }
   m_unterminated = false;
   size_t next = end + 1;
   if (begin[end] == '\r' && next < left && begin[next] == '\n') ++next;
   m_position += next;
-  return true;
 }

@@ -70,6 +70,11 @@ class NLineReader {
   // The next line; false at the end of the text.
   bool Next(std::string_view* line);
 
+  // The text not read yet. A caller that found where the next line ends
+  // itself takes it with TakeLine(its length), as Next would have.
+  std::string_view Rest() const { return m_text.substr(m_position); }
+  void TakeLine(std::size_t length);
+
   // 1-based number of the line Next gave last.
   std::size_t LineNumber() const { return m_lineNumber; }
   // True when the line Next gave last ended the text without a line end.

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+// Word-at-a-time helpers for the byte scans on the hot paths of the store:
+// most text it reads is ASCII, and lines are short.
+
+// True when every byte of `bytes` is below 0x80.
+inline bool NIsAscii(std::string_view bytes) {
+  const char* p = bytes.data();
+  std::size_t left = bytes.size();
+  std::uint64_t any = 0;
+  while (left >= 8) {
+    std::uint64_t word;
+    std::memcpy(&word, p, 8);
+    any |= word;
+    p += 8;
+    left -= 8;
+  }
+  while (left--) any |= static_cast<unsigned char>(*p++);
+  return (any & 0x8080808080808080ull) == 0;
+}
+
+// The position of the first CR or LF in `bytes`, or its size when none.
+inline std::size_t NFindLineEnd(std::string_view bytes) {
+  constexpr std::uint64_t kOnes = 0x0101010101010101ull;
+  constexpr std::uint64_t kHighs = 0x8080808080808080ull;
+  const char* begin = bytes.data();
+  std::size_t i = 0;
+  // A word holds a CR or an LF when one of its bytes XOR the pattern is 0.
+  for (; i + 8 <= bytes.size(); i += 8) {
+    std::uint64_t word;
+    std::memcpy(&word, begin + i, 8);
+    const std::uint64_t cr = word ^ (kOnes * '\r');
+    const std::uint64_t lf = word ^ (kOnes * '\n');
+    if ((((cr - kOnes) & ~cr) | ((lf - kOnes) & ~lf)) & kHighs) break;
+  }
+  for (; i < bytes.size(); ++i) {
+    if (begin[i] == '\r' || begin[i] == '\n') return i;
+  }
+  return bytes.size();
+}
