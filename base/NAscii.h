@@ -43,3 +43,23 @@ inline std::size_t NFindLineEnd(std::string_view bytes) {
   }
   return bytes.size();
 }
+
+// The position of the first double quote, CR or LF in `bytes`, or its size.
+inline std::size_t NFindQuoteOrLineEnd(std::string_view bytes) {
+  constexpr std::uint64_t kOnes = 0x0101010101010101ull;
+  constexpr std::uint64_t kHighs = 0x8080808080808080ull;
+  const char* begin = bytes.data();
+  std::size_t i = 0;
+  for (; i + 8 <= bytes.size(); i += 8) {
+    std::uint64_t word;
+    std::memcpy(&word, begin + i, 8);
+    const std::uint64_t quote = word ^ (kOnes * '"');
+    const std::uint64_t cr = word ^ (kOnes * '\r');
+    const std::uint64_t lf = word ^ (kOnes * '\n');
+    if ((((quote - kOnes) & ~quote) | ((cr - kOnes) & ~cr) | ((lf - kOnes) & ~lf)) & kHighs) break;
+  }
+  for (; i < bytes.size(); ++i) {
+    if (begin[i] == '"' || begin[i] == '\r' || begin[i] == '\n') return i;
+  }
+  return bytes.size();
+}

@@ -111,7 +111,8 @@ bool ReadLocked(NPlatform& platform, const NUnicodeString& path, std::string* ra
 }
 
 // The fields of the session record, gathered from a few hundred sessions
-// (they share one vocabulary), in the order first seen.
+// (they share one vocabulary), in the order first seen in the files: a
+// record declares its fields in the order it saves them.
 std::vector<NField> CollectFields(const NSessionFolder& folder) {
   NIniFileStore store(NUnicodeString::FromUtf8(folder.root), NUnicodeString(), NPlatform::Default());
   std::vector<NField> fields;
@@ -120,12 +121,11 @@ std::vector<NField> CollectFields(const NSessionFolder& folder) {
     NReportMessageParams params;
     auto key = NIniFileKey::Open(store, folder.keys[i], true, params);
     if (!key) continue;
-    auto values = key->CreateIterator(true);
-    NUnicodeString name;
-    std::uint32_t kind;
-    while (values->Next(&name, &kind)) {
+    key->Values().ForEach([&](const NIniFileKeyMap::Element& element) {
+      const NUnicodeString name = NUnicodeString::FromUtf8(element.Name());
+      const auto kind = static_cast<std::uint32_t>(element.Data()->TypeTag());
       if (seen.insert({name, kind}).second) fields.push_back({name, static_cast<NProfileValueType>(kind)});
-    }
+    });
   }
   return fields;
 }

@@ -174,7 +174,7 @@ void NIniFileKeyMap::Rebuild(std::size_t capacity) {
   }
 }
 
-NIniFileKeyMap::Element& NIniFileKeyMap::Insert(std::string_view name, std::uint64_t hash, bool copyName) {
+NIniFileKeyMap::Element& NIniFileKeyMap::Append(std::string_view name, bool copyName) {
   Element element;
   if (copyName) {
     m_ownedNames.push_back(std::make_unique<char[]>(name.size() + 1));
@@ -185,6 +185,11 @@ NIniFileKeyMap::Element& NIniFileKeyMap::Insert(std::string_view name, std::uint
   }
   element.m_nameSize = static_cast<std::uint32_t>(name.size());
   m_free.push_back(element);
+  return m_free.back();
+}
+
+NIniFileKeyMap::Element& NIniFileKeyMap::Insert(std::string_view name, std::uint64_t hash, bool copyName) {
+  Append(name, copyName);
   if (IndexCapacity(ElementCount()) > m_index.size()) {
     Rebuild(IndexCapacity(ElementCount()) * 2);
   } else {
@@ -194,9 +199,26 @@ NIniFileKeyMap::Element& NIniFileKeyMap::Insert(std::string_view name, std::uint
 }
 
 void NIniFileKeyMap::Put(std::string_view name, NIniFileData* data, bool heap, bool copyName, bool markChanged) {
+  // One probe sequence finds the name or the free slot a new name takes.
   const std::uint64_t hash = Hash(name);
-  Element* element = Lookup(name, hash);
-  if (!element) element = &Insert(name, hash, copyName);
+  const std::size_t mask = m_index.size() - 1;
+  std::size_t slot = hash & mask;
+  Element* element = nullptr;
+  for (; m_index[slot] != 0; slot = (slot + 1) & mask) {
+    Element& candidate = At(m_index[slot] - 1);
+    if (candidate.Name() == name) {
+      element = &candidate;
+      break;
+    }
+  }
+  if (!element) {
+    if (IndexCapacity(ElementCount() + 1) > m_index.size()) {
+      element = &Insert(name, hash, copyName);
+    } else {
+      element = &Append(name, copyName);
+      m_index[slot] = static_cast<std::uint32_t>(ElementCount());
+    }
+  }
   Destroy(*element);
   element->m_data = data;
   element->m_heap = heap;

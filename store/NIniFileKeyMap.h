@@ -126,6 +126,7 @@ class NIniFileKeyMap {
   Element& At(std::size_t position) { return position < kFixedCount ? m_fixed[position] : m_free[position - kFixedCount]; }
   Element* Lookup(std::string_view name, std::uint64_t hash);
   void Place(std::uint64_t hash, std::uint32_t position);
+  Element& Append(std::string_view name, bool copyName);
   Element& Insert(std::string_view name, std::uint64_t hash, bool copyName);
   void Rebuild(std::size_t capacity);
   void* AllocateBlock(std::size_t size, std::size_t alignment);

@@ -1,5 +1,6 @@
 #include "store/NIniRecordReader.h"
 
+#include <algorithm>
 #include <array>
 
 #include "base/NAscii.h"
@@ -20,6 +21,21 @@ constexpr std::array<signed char, 256> kHexValues = [] {
 }();
 
 int HexDigit(unsigned char c) { return kHexValues[c]; }
+
+// Eight plain hex digits, the usual DWORD; false for anything else, which
+// the general reader then takes.
+bool ReadPlainHex8(const char* digits, std::uint32_t* value) {
+  std::uint32_t result = 0;
+  int bad = 0;
+  for (int i = 0; i < 8; ++i) {
+    const int digit = kHexValues[static_cast<unsigned char>(digits[i])];
+    bad |= digit;
+    result = result << 4 | static_cast<std::uint32_t>(digit & 0xF);
+  }
+  if (bad < 0) return false;
+  *value = result;
+  return true;
+}
 
 // How many UTF-16 code units the UTF-8 sequence led by `c` makes: none for
 // a continuation byte, two for a four-byte sequence.
@@ -88,16 +104,14 @@ bool NIniRecordReader::NextSimple(NIniRecord* record) {
   const char* p = rest.data();
   const char* end = p + rest.size();
   if (rest.size() < 5 || p[1] != ':' || p[2] != '"' || (p[0] != 'D' && p[0] != 'S')) return false;
-  const char* q = p + 3;
-  while (q < end && *q != '"' && *q != '\r' && *q != '\n') ++q;
+  const char* q = p + 3 + NFindQuoteOrLineEnd(std::string_view(p + 3, static_cast<std::size_t>(end - p - 3)));
   if (q + 1 >= end || *q != '"' || q[1] != '=') return false;
   const char* value = q + 2;
   std::size_t length;
   if (p[0] == 'D') {
     if (end - value < 8) return false;
     if (end - value > 8 && value[8] != '\r' && value[8] != '\n') return false;
-    const std::string_view digits(value, 8);
-    if (!NIsAscii(digits) || NFindLineEnd(digits) != 8 || !ReadHex8(digits, &record->dword)) return false;
+    if (!ReadPlainHex8(value, &record->dword)) return false;
     length = static_cast<std::size_t>(value + 8 - p);
   } else {
     length = static_cast<std::size_t>(value - p) + NFindLineEnd(std::string_view(value, static_cast<std::size_t>(end - value)));
@@ -145,17 +159,20 @@ NIniRecordReader::Result NIniRecordReader::Next(NIniRecord* record) {
 }
 
 NIniRecordReader::Result NIniRecordReader::ReadBinary(NIniRecord* record) {
-  record->bytes.clear();
   const std::uint32_t total = record->count;
-  while (record->bytes.size() < total) {
+  // The text left bounds what the count can really be, whatever it says.
+  record->bytes.resize(std::min<std::size_t>(total, m_lines.Rest().size() / 2));
+  char* out = record->bytes.data();
+  std::size_t filled = 0;
+  while (filled < total) {
     std::string_view line;
     if (!m_lines.Next(&line)) {
+      record->bytes.resize(filled);
       return Invalid("the file ends before the " + std::to_string(total) + " bytes of the value");
     }
     // Pairs of hex digits, blanks skipped; a bad digit or an unpaired last
     // digit ends the line's data.
-    const std::size_t before = record->bytes.size();
-    const std::size_t room = total - before;
+    const std::size_t room = total - filled;
     std::size_t taken = 0;
     int high = -1;
     for (const char c : line) {
@@ -166,12 +183,19 @@ NIniRecordReader::Result NIniRecordReader::ReadBinary(NIniRecord* record) {
         high = digit;
         continue;
       }
-      if (++taken > room) return Invalid("a data line holds more bytes than the count leaves");
-      record->bytes.push_back(static_cast<char>(high << 4 | digit));
+      if (++taken > room) {
+        record->bytes.resize(filled);
+        return Invalid("a data line holds more bytes than the count leaves");
+      }
+      out[filled++] = static_cast<char>(high << 4 | digit);
       high = -1;
     }
-    if (taken == 0) return Invalid("a data line yields no byte");
+    if (taken == 0) {
+      record->bytes.resize(filled);
+      return Invalid("a data line yields no byte");
+    }
   }
+  record->bytes.resize(filled);
   return Result::kRecord;
 }
 
