@@ -20,6 +20,9 @@ class NForwardingPlatform : public NPlatform {
   NStatus ListFolder(std::u16string_view path, std::vector<NFolderEntry>* entries) override {
     return m_target.ListFolder(path, entries);
   }
+  NStatus CanonicalPath(std::u16string_view path, std::u16string* canonical) override {
+    return m_target.CanonicalPath(path, canonical);
+  }
   NPathKind GetPathKind(std::u16string_view path) override { return m_target.GetPathKind(path); }
   bool LookupSystemMessage(std::uint32_t code, std::u16string* text) override {
     return m_target.LookupSystemMessage(code, text);

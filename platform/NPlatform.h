@@ -41,6 +41,11 @@ struct NOpenOptions {
   NFileSecurity security = NFileSecurity::kDefault;
   // Refuse to open through a symbolic link at the last component.
   bool noFollow = false;
+  // Refuse a symbolic link anywhere in the path (kAccessDenied), so that no
+  // link inside a folder can lead an open out of it. Give it a path whose
+  // folders are real (see CanonicalPath). Where the system cannot enforce
+  // it, the path is opened as it stands.
+  bool noLinks = false;
 };
 
 enum class NPathKind { kNone, kFile, kFolder, kOther };
@@ -78,6 +83,9 @@ class NPlatform {
   virtual NStatus RemoveFolder(std::u16string_view path) = 0;
   // Lists a folder without "." and "..", in the system's order.
   virtual NStatus ListFolder(std::u16string_view path, std::vector<NFolderEntry>* entries) = 0;
+  // The absolute path of an existing file or folder, with every symbolic
+  // link resolved.
+  virtual NStatus CanonicalPath(std::u16string_view path, std::u16string* canonical) = 0;
   // What the path names, without following a symbolic link at its end
   // (a link is kOther).
   virtual NPathKind GetPathKind(std::u16string_view path) = 0;

@@ -174,6 +174,7 @@ bool NIniFileKey::LoadFile(Map& map, const NUnicodeString& path, FileState* stat
   NPlatform& platform = m_store.Platform();
   NOpenOptions options;
   options.noFollow = true;
+  options.noLinks = true;
   std::unique_ptr<NFile> file;
   NStatus status = platform.OpenFile(path, options, &file);
   if (status.IsNotFound()) return true;  // a key without values
@@ -324,6 +325,7 @@ NStatus OpenForSave(NPlatform& platform, SaveTarget& target) {
   options.access = NFileAccess::kReadWrite;
   options.security = target.security;
   options.noFollow = true;
+  options.noLinks = true;
   NStatus status = platform.OpenFile(target.path, options, &target.file);
   if (status || !status.IsNotFound()) return status;
   // The key's folders do not exist yet: create the whole chain, then again.
@@ -481,14 +483,38 @@ NStatus RemoveTree(NPlatform& platform, const NUnicodeString& folder) {
   return platform.RemoveFolder(folder);
 }
 
-NStatus RemoveKeyFiles(NPlatform& platform, const NUnicodeString& folder) {
+// Fails when a folder on the way from `root` to the key (and to the key's
+// own folder, with `withLeaf`) is not a real folder (a symbolic link, say),
+// which could lead out of the store.
+NStatus CheckWay(NPlatform& platform, std::u16string_view root, const NKeyPath& path, bool withLeaf = false) {
+  NKeyPath way;
+  const std::size_t count = path.Names().size() - (withLeaf || path.IsRoot() ? 0 : 1);
+  for (std::size_t i = 0; i < count; ++i) {
+    (void)way.Append(path.Names()[i]);
+    const NUnicodeString folder = way.Under(root, platform.PathSeparator());
+    const NPathKind kind = platform.GetPathKind(folder);
+    if (kind == NPathKind::kNone) return NStatus::Error(NStatus::kPathNotFound, "find key", folder);
+    if (kind != NPathKind::kFolder) return NStatus::Error(NStatus::kAccessDenied, "find key (not a folder)", folder);
+  }
+  return NStatus::Ok();
+}
+
+NStatus RemoveKeyFiles(NPlatform& platform, std::u16string_view root, const NKeyPath& path) {
+  if (NStatus status = CheckWay(platform, root, path); !status) return status.IsNotFound() ? NStatus::Ok() : status;
+  const NUnicodeString folder = path.Under(root, platform.PathSeparator());
   NUnicodeString file = folder;
   file += u".ini";
   if (platform.GetPathKind(file) != NPathKind::kNone) {
     if (NStatus status = platform.DeleteFile(file); !status) return status;
   }
-  if (platform.GetPathKind(folder) == NPathKind::kFolder) return RemoveTree(platform, folder);
-  return NStatus::Ok();
+  switch (platform.GetPathKind(folder)) {
+    case NPathKind::kFolder:
+      return RemoveTree(platform, folder);
+    case NPathKind::kNone:
+      return NStatus::Ok();
+    default:
+      return platform.DeleteFile(folder);  // a link where the folder would be: the link goes, not what it names
+  }
 }
 
 }  // namespace
@@ -504,10 +530,8 @@ bool NIniFileKey::DeleteSubKey(std::u16string_view name, NReportMessageParams& p
     return false;
   }
   NPlatform& platform = m_store.Platform();
-  NStatus status = RemoveKeyFiles(platform, path.Under(m_store.Root(), platform.PathSeparator()));
-  if (status && !m_store.PrivateRoot().empty()) {
-    status = RemoveKeyFiles(platform, path.Under(m_store.PrivateRoot(), platform.PathSeparator()));
-  }
+  NStatus status = RemoveKeyFiles(platform, m_store.Root(), path);
+  if (status && !m_store.PrivateRoot().empty()) status = RemoveKeyFiles(platform, m_store.PrivateRoot(), path);
   if (!status) {
     NReportStatus(status, params);
     return false;
@@ -536,5 +560,9 @@ std::unique_ptr<NProfileKey> NIniFileKey::OpenSubKey(std::u16string_view name, N
 
 std::unique_ptr<NProfileKeyIterator> NIniFileKey::CreateIterator(bool values) {
   if (values) return std::make_unique<Iterator>(*this);
+  // Listing goes through the key's own folder too: it must be a real one.
+  if (NStatus way = CheckWay(m_store.Platform(), m_store.Root(), m_path, true); !way && !way.IsNotFound()) {
+    return std::make_unique<Iterator>();
+  }
   return std::make_unique<Iterator>(m_store.Platform(), FolderPath());
 }

@@ -21,6 +21,8 @@ class NPlatform;
 // The key must outlive the iterator.
 class NIniFileKey::Iterator final : public NProfileKeyIterator {
  public:
+  // Over nothing.
+  Iterator() = default;
   // Over the sub-keys in `folder`.
   Iterator(NPlatform& platform, const NUnicodeString& folder);
   // Over the values of `key`.

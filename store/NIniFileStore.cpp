@@ -7,9 +7,25 @@
 NIniFileStore::NIniFileStore(NUnicodeString root, NUnicodeString privateRoot)
     : NIniFileStore(std::move(root), std::move(privateRoot), NPlatform::Default()) {}
 
+namespace {
+
+// Key files are opened refusing symbolic links anywhere on their path, so
+// that no link inside the store leads out of it. Links above the root are
+// the user's own business: they are resolved here, once.
+NUnicodeString Resolved(NPlatform& platform, NUnicodeString folder) {
+  std::u16string canonical;
+  if (!folder.empty() && platform.CanonicalPath(folder, &canonical)) return NUnicodeString(std::move(canonical));
+  return folder;
+}
+
+}  // namespace
+
 NIniFileStore::NIniFileStore(NUnicodeString root, NUnicodeString privateRoot, NPlatform& platform,
                              NIniFileStoreOptions options)
-    : m_root(std::move(root)), m_privateRoot(std::move(privateRoot)), m_platform(platform), m_options(options) {}
+    : m_root(Resolved(platform, std::move(root))),
+      m_privateRoot(Resolved(platform, std::move(privateRoot))),
+      m_platform(platform),
+      m_options(options) {}
 
 NIniFileStore::~NIniFileStore() = default;
 

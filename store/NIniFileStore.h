@@ -19,7 +19,10 @@ struct NIniFileStoreOptions {
 // The INI folder store: a tree of keys kept as folders and ".ini" files
 // under a root folder, with an optional private root that receives each
 // key's personal values. Its files are created with the platform's default
-// access, those of the private half owner-only.
+// access, those of the private half owner-only. The roots are resolved to
+// their real paths when the store is made; below them, a symbolic link is
+// never followed, so nothing outside the roots is ever read, written or
+// deleted through the store.
 //
 // Immutable after construction; keys opened from it may be used by
 // different threads at once (each key by one thread). It must outlive its

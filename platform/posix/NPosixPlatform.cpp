@@ -7,7 +7,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <linux/openat2.h>
+#include <sys/syscall.h>
+
+#include <atomic>
 #include <cerrno>
+#include <cstdlib>
 #include <memory>
 
 #include "platform/NUnicode.h"
@@ -59,6 +64,16 @@ NPathKind KindOf(mode_t mode) {
   return NPathKind::kOther;
 }
 
+// openat2 refusing every symbolic link on the way; -1 with errno ENOSYS
+// where the kernel lacks it.
+int OpenWithoutLinks(const std::string& path, int flags, mode_t mode) {
+  struct open_how how = {};
+  how.flags = static_cast<std::uint64_t>(flags);
+  how.mode = (flags & O_CREAT) ? mode : 0;
+  how.resolve = RESOLVE_NO_SYMLINKS;
+  return static_cast<int>(::syscall(SYS_openat2, AT_FDCWD, path.c_str(), &how, sizeof how));
+}
+
 int OpenFlags(const NOpenOptions& options) {
   // O_CLOEXEC: the applications start local shells, which must not inherit
   // an open key file and the lock on it. O_NONBLOCK keeps a FIFO planted in
@@ -74,17 +89,26 @@ int OpenFlags(const NOpenOptions& options) {
 int OpenOrCreate(const std::string& path, const NOpenOptions& options, bool* created) {
   const int flags = OpenFlags(options);
   const mode_t mode = options.security == NFileSecurity::kOwnerOnly ? kOwnerOnlyFile : 0666;
+  static std::atomic<bool> noOpenat2{false};
+  auto open = [&](int openFlags) {
+    if (options.noLinks && !noOpenat2.load(std::memory_order_relaxed)) {
+      const int fd = OpenWithoutLinks(path, openFlags, mode);
+      if (fd >= 0 || errno != ENOSYS) return fd;
+      noOpenat2.store(true, std::memory_order_relaxed);  // an old kernel: open as the path stands
+    }
+    return ::open(path.c_str(), openFlags, mode);
+  };
   *created = false;
   for (;;) {
     int fd;
     if (options.mode == NOpenMode::kExistingOnly) {
-      fd = ::open(path.c_str(), flags);
+      fd = open(flags);
     } else {
-      fd = ::open(path.c_str(), flags | O_CREAT | O_EXCL, mode);
+      fd = open(flags | O_CREAT | O_EXCL);
       if (fd >= 0) {
         *created = true;
       } else if (errno == EEXIST) {
-        fd = ::open(path.c_str(), flags);
+        fd = open(flags);
         // Deleted in between: try again. A dangling link fails both ways, and
         // for ever; it names no file, so it is reported missing.
         if (fd < 0 && errno == ENOENT) {
@@ -111,7 +135,11 @@ NStatus NPosixPlatform::OpenFile(std::u16string_view path, const NOpenOptions& o
   if (!ToSystemPath(path, &systemPath)) return NStatus::Error(NStatus::kInvalidParameter, "open", path);
   bool created = false;
   const int fd = OpenOrCreate(systemPath, options, &created);
-  if (fd < 0) return Failure("open", path, systemPath, errno == ELOOP && options.noFollow ? EACCES : errno);
+  if (fd < 0) {
+    // ELOOP here is a link that the options refused.
+    const int error = errno;
+    return Failure("open", path, systemPath, error == ELOOP && (options.noFollow || options.noLinks) ? EACCES : error);
+  }
   auto owned = std::make_unique<NPosixFile>(fd, std::u16string(path));
 
   struct stat st;
@@ -208,6 +236,15 @@ NStatus NPosixPlatform::ListFolder(std::u16string_view path, std::vector<NFolder
     errno = 0;
   }
   return errno == 0 ? NStatus::Ok() : Failure("list folder", path);
+}
+
+NStatus NPosixPlatform::CanonicalPath(std::u16string_view path, std::u16string* canonical) {
+  std::string systemPath;
+  if (!ToSystemPath(path, &systemPath)) return NStatus::Error(NStatus::kInvalidParameter, "resolve", path);
+  std::unique_ptr<char, void (*)(void*)> resolved(::realpath(systemPath.c_str(), nullptr), std::free);
+  if (!resolved) return Failure("resolve", path, systemPath);
+  *canonical = NUtf8ToUtf16(resolved.get());
+  return NStatus::Ok();
 }
 
 NPathKind NPosixPlatform::GetPathKind(std::u16string_view path) {

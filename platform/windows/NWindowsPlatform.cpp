@@ -154,6 +154,27 @@ NStatus NWindowsPlatform::ListFolder(std::u16string_view path, std::vector<NFold
   return error == ERROR_NO_MORE_FILES ? NStatus::Ok() : NStatus::Error(error, "list folder", path);
 }
 
+NStatus NWindowsPlatform::CanonicalPath(std::u16string_view path, std::u16string* canonical) {
+  std::wstring systemPath;
+  if (!ToSystemPath(path, &systemPath)) return NStatus::Error(NStatus::kInvalidParameter, "resolve", path);
+  HANDLE handle = CreateFileW(systemPath.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                              OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+  if (handle == INVALID_HANDLE_VALUE) return Failure("resolve", path);
+  std::wstring buffer(MAX_PATH, L'\0');
+  DWORD n = GetFinalPathNameByHandleW(handle, buffer.data(), static_cast<DWORD>(buffer.size()), FILE_NAME_NORMALIZED);
+  if (n >= buffer.size()) {
+    buffer.resize(n + 1);
+    n = GetFinalPathNameByHandleW(handle, buffer.data(), static_cast<DWORD>(buffer.size()), FILE_NAME_NORMALIZED);
+  }
+  const DWORD error = GetLastError();
+  CloseHandle(handle);
+  if (n == 0) return NStatus::Error(error, "resolve", path);
+  std::wstring_view result(buffer.data(), n);
+  if (result.substr(0, 4) == L"\\\\?\\") result.remove_prefix(4);  // the long-path prefix the call adds
+  canonical->assign(reinterpret_cast<const char16_t*>(result.data()), result.size());
+  return NStatus::Ok();
+}
+
 NPathKind NWindowsPlatform::GetPathKind(std::u16string_view path) {
   std::wstring systemPath;
   if (!ToSystemPath(path, &systemPath)) return NPathKind::kNone;
