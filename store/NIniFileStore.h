@@ -27,14 +27,14 @@ struct NIniFileStoreOptions {
 // Immutable after construction; keys opened from it may be used by
 // different threads at once (each key by one thread). It must outlive its
 // keys, and `platform` must outlive it.
-class NIniFileStore final : public NProfileStore {
+class CFGDECK_API NIniFileStore final : public NProfileStore {
  public:
-  CFGDECK_API NIniFileStore(NUnicodeString root, NUnicodeString privateRoot);
+  NIniFileStore(NUnicodeString root, NUnicodeString privateRoot);
   NIniFileStore(NUnicodeString root, NUnicodeString privateRoot, NPlatform& platform,
                 NIniFileStoreOptions options = {});
-  CFGDECK_API ~NIniFileStore() override;
+  ~NIniFileStore() override;
 
-  CFGDECK_API std::unique_ptr<NProfileKey> OpenRootKey(bool readOnly, NReportMessageParams& params) override;
+  std::unique_ptr<NProfileKey> OpenRootKey(bool readOnly, NReportMessageParams& params) override;
 
   const NUnicodeString& Root() const { return m_root; }
   const NUnicodeString& PrivateRoot() const { return m_privateRoot; }

@@ -7,12 +7,12 @@
 // Makes INI folder stores on a root folder and a private root folder (empty
 // when personal values stay with the others). A host creates one and
 // registers a getter for it with CfgdeckInitProfileFactory.
-class NIniFileStoreFactory final : public NProfileStoreFactory {
+class CFGDECK_API NIniFileStoreFactory final : public NProfileStoreFactory {
  public:
-  CFGDECK_API NIniFileStoreFactory(NUnicodeString root, NUnicodeString privateRoot);
-  CFGDECK_API ~NIniFileStoreFactory() override;
+  NIniFileStoreFactory(NUnicodeString root, NUnicodeString privateRoot);
+  ~NIniFileStoreFactory() override;
 
-  CFGDECK_API std::unique_ptr<NProfileStore> CreateStore() override;
+  std::unique_ptr<NProfileStore> CreateStore() override;
 
   const NUnicodeString& Root() const { return m_root; }
   const NUnicodeString& PrivateRoot() const { return m_privateRoot; }
