@@ -135,7 +135,7 @@ int NStoreCommands::Dump(const std::string& keyPath) {
   auto key = OpenKey(path, true);
   if (!key) return kExitFailure;
   NTextFile out;
-  key->Values().ForEach([&out](const NIniFileKey::Map::Element& e) { e.data->WriteRecord(out, e.name); });
+  key->Values().ForEach([&out](const NIniFileKey::Map::Element& e) { e.Data()->WriteRecord(out, e.Name()); });
   NOut(out.Pending());
   return kExitSuccess;
 }
