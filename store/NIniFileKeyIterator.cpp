@@ -45,10 +45,33 @@ int NIniFileKey::Iterator::CompareUtf8(std::string_view a, std::string_view b) {
   return a.size() < b.size() ? -1 : 1;
 }
 
+namespace {
+
+// The first eight bytes of a name, folded and in an order that compares as
+// the names do; 0 when they are not plain ASCII (such names compare in full).
+std::uint64_t FoldedPrefix(std::string_view name) {
+  std::uint64_t prefix = 0;
+  for (std::size_t i = 0; i < 8; ++i) {
+    const auto c = i < name.size() ? static_cast<unsigned char>(FoldAscii(name[i])) : 0;
+    if (c >= 0x80) return 0;
+    prefix = prefix << 8 | c;
+  }
+  return prefix;
+}
+
+}  // namespace
+
 void NIniFileKey::Iterator::Add(std::string_view name, std::uint32_t kind, std::uint32_t position) {
-  m_entries.push_back({static_cast<std::uint32_t>(m_names.size()), static_cast<std::uint32_t>(name.size()), kind,
-                       position});
+  m_entries.push_back({FoldedPrefix(name), static_cast<std::uint32_t>(m_names.size()),
+                       static_cast<std::uint32_t>(name.size()), kind, position});
   m_names.append(name);
+}
+
+int NIniFileKey::Iterator::CompareEntries(const Entry& a, const Entry& b) const {
+  // Different plain prefixes settle the order at once; a NUL in a name makes
+  // a prefix look padded, so equal prefixes are compared in full.
+  if (a.prefix != 0 && b.prefix != 0 && a.prefix != b.prefix) return a.prefix < b.prefix ? -1 : 1;
+  return CompareUtf8(NameOf(a), NameOf(b));
 }
 
 NIniFileKey::Iterator::Iterator(NPlatform& platform, const NUnicodeString& folder) {
@@ -85,13 +108,13 @@ NIniFileKey::Iterator::Iterator(const NIniFileKey& key) : m_key(&key), m_generat
 
 void NIniFileKey::Iterator::Sort() {
   std::stable_sort(m_entries.begin(), m_entries.end(),
-                   [this](const Entry& a, const Entry& b) { return CompareUtf8(NameOf(a), NameOf(b)) < 0; });
+                   [this](const Entry& a, const Entry& b) { return CompareEntries(a, b) < 0; });
   // Entries equal under the order are one: a folder and a key file of the
   // same name make kind 7.
   std::size_t kept = 0;
   for (std::size_t i = 0; i < m_entries.size(); ++i) {
     const Entry& entry = m_entries[i];
-    if (kept > 0 && CompareUtf8(NameOf(m_entries[kept - 1]), NameOf(entry)) == 0) {
+    if (kept > 0 && CompareEntries(m_entries[kept - 1], entry) == 0) {
       Entry& last = m_entries[kept - 1];
       if (last.kind != entry.kind && last.kind >= kSubKeyFolder && entry.kind >= kSubKeyFolder) {
         last.kind = kSubKeyFolderAndFile;

@@ -39,11 +39,13 @@ class NIniFileKey::Iterator final : public NProfileKeyIterator {
  private:
   // Names are kept as UTF-8 in one buffer; an entry is a slice of it.
   struct Entry {
+    std::uint64_t prefix;  // the first 8 bytes folded, big-endian; 0 when not plain ASCII
     std::uint32_t offset;
     std::uint32_t size;
     std::uint32_t kind;
     std::uint32_t position;  // a value's place in the key's table
   };
+  int CompareEntries(const Entry& a, const Entry& b) const;
   void Add(std::string_view name, std::uint32_t kind, std::uint32_t position);
   std::string_view NameOf(const Entry& entry) const { return std::string_view(m_names).substr(entry.offset, entry.size); }
   void Sort();

@@ -363,6 +363,43 @@ TEST_F(NIniFileKeyTest, ValueIteratorOrdersByNameAndSkipsValuesDeletedMeanwhile)
   EXPECT_EQ(seen, expected);
 }
 
+TEST(NIniFileKeyIteratorTest, OrderComparesWithoutCaseAndPutsPrefixesFirst) {
+  // Sorted as the iterator must sort: names that differ only in case are
+  // equal; a name that is a prefix of another comes first; non-ASCII names
+  // compare by their folded UTF-16 units.
+  const std::vector<std::u16string> sorted = {u"",        u"\x01",      u"__FolderData__", u"a",       u"A b",
+                                              u"ab",      u"Abcdefgh",  u"abcdefghi",      u"abcdefgI1", u"b",
+                                              u"Z",       u"\u00e9t\u00e9", u"\u00c9t\u00e9s",     u"\u65e5"};
+  for (std::size_t i = 0; i < sorted.size(); ++i) {
+    for (std::size_t j = 0; j < sorted.size(); ++j) {
+      const std::string a = NUnicodeString(sorted[i]).ToUtf8();
+      const std::string b = NUnicodeString(sorted[j]).ToUtf8();
+      const int expected = i < j ? -1 : (i > j ? 1 : 0);
+      EXPECT_EQ(NIniFileKey::Iterator::Compare(sorted[i], sorted[j]) < 0, expected < 0) << a << " vs " << b;
+      EXPECT_EQ(NIniFileKey::Iterator::CompareUtf8(a, b) < 0, expected < 0) << a << " vs " << b;
+    }
+  }
+  EXPECT_EQ(NIniFileKey::Iterator::CompareUtf8("Show Toolbar", "show toolbar"), 0);
+}
+
+TEST_F(NIniFileKeyTest, ValueIteratorSortsLongSharedPrefixesAndMixedCase) {
+  auto key = Open("k");
+  const std::vector<std::string> names = {"Color Scheme V2", "color scheme", "Color Scheme Name", "COLOR", "Colour",
+                                          "Col\xC3\xA9", "Co", "Color Scheme V1", "a\x01b", "a"};
+  for (const std::string& name : names) ASSERT_TRUE(key->SetDwordValue(NUnicodeString::FromUtf8(name), 1));
+  auto iterator = key->CreateIterator(true);
+  std::vector<std::string> seen;
+  NUnicodeString name;
+  while (iterator->NextName(&name)) seen.push_back(name.ToUtf8());
+  // "color scheme" and "Color Scheme ..." differ beyond the shorter name, so
+  // both stay; the order is the iterator's own rule.
+  const std::vector<std::string> expected = {"a",           "a\x01b",        "Co",
+                                             "COLOR",       "color scheme",    "Color Scheme Name",
+                                             "Color Scheme V1", "Color Scheme V2", "Colour",
+                                             "Col\xC3\xA9"};
+  EXPECT_EQ(seen, expected);
+}
+
 TEST_F(NIniFileKeyTest, DeleteSubKeyRemovesEverythingButNeverFollowsALink) {
   Write("Sessions/Lab.ini", "");
   Write("Sessions/Lab/a.ini", "x");
