@@ -523,6 +523,18 @@ TEST_F(NPosixPlatformTest, NoFollowRefusesASymbolicLinkOnlyAtTheLastComponent) {
   status = Platform().OpenFile(UPath("link"), {}, &file);
   ASSERT_TRUE(status.IsOk()) << Describe(status);
   EXPECT_EQ(ReadAll(*file), "keep");
+  // noLinks refuses a link anywhere on the way, also when creating.
+  std::u16string canonical;
+  ASSERT_TRUE(Platform().CanonicalPath(UPath("real"), &canonical));
+  for (const char* name : {"linked/inside", "linked/new"}) {
+    file.reset();
+    status = Platform().OpenFile(UPath(name), {.mode = NOpenMode::kCreateIfMissing, .noLinks = true}, &file);
+    EXPECT_EQ(status.Code(), NStatus::kAccessDenied) << name;
+  }
+  EXPECT_FALSE(Exists(Path("real/new")));
+  status = Platform().OpenFile(canonical + u"/inside", {.noLinks = true}, &file);
+  ASSERT_TRUE(status.IsOk()) << Describe(status);
+  EXPECT_EQ(ReadAll(*file), "inside");
 }
 
 TEST_F(NPosixPlatformTest, CreatingThroughADanglingLinkReturnsPromptly) {
