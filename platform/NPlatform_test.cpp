@@ -1,4 +1,5 @@
 #include "platform/NPlatform.h"
+#include "platform/testing/NChildProcess.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -29,7 +30,6 @@
 
 #include "platform/NUnicode.h"
 
-extern char** environ;
 
 namespace {
 
@@ -251,68 +251,19 @@ TEST_F(NPosixPlatformTest, BlockingLockInAnotherThreadIsGrantedOnceTheHolderUnlo
 // ---- Byte-range locks between processes ---------------------------------
 
 // This test binary run again, as a child that executes only kChildTest.
+// This test binary run again as the child that holds a lock on `lockFile`.
 class ChildProcess {
  public:
-  ChildProcess(const std::string& lockFile, const std::string& logFile) {
-    // GTEST_* variables (sharding, XML output) would skip the child test or
-    // overwrite the parent's report.
-    std::vector<std::string> environment;
-    for (char** variable = environ; *variable != nullptr; ++variable) {
-      if (std::strncmp(*variable, "GTEST_", 6) != 0) environment.emplace_back(*variable);
-    }
-    environment.push_back(std::string(kChildLockFileVariable) + "=" + lockFile);
-    std::vector<char*> envp;
-    for (std::string& variable : environment) envp.push_back(variable.data());
-    envp.push_back(nullptr);
-    std::string program = "cfgdeck_platform_test";
-    std::string filter = std::string("--gtest_filter=") + kChildTest;
-    char* argv[] = {program.data(), filter.data(), nullptr};
-
-    m_pid = ::fork();
-    if (m_pid == 0) {
-      // Only async-signal-safe calls until exec.
-      const int log = ::open(logFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-      if (log >= 0) {
-        ::dup2(log, STDOUT_FILENO);
-        ::dup2(log, STDERR_FILENO);
-      }
-      ::execve("/proc/self/exe", argv, envp.data());
-      ::_exit(127);
-    }
-  }
-  ChildProcess(const ChildProcess&) = delete;
-  ChildProcess& operator=(const ChildProcess&) = delete;
-  ~ChildProcess() {
-    if (Running()) {
-      ::kill(m_pid, SIGKILL);
-      Wait();
-    }
-  }
-
-  bool Started() const { return m_pid > 0; }
-
-  bool Running() {
-    if (m_pid <= 0 || m_waitStatus) return false;
-    int status = 0;
-    if (::waitpid(m_pid, &status, WNOHANG) == m_pid) m_waitStatus = status;
-    return !m_waitStatus;
-  }
-
-  int Wait() {
-    if (!m_waitStatus) {
-      int status = 0;
-      while (::waitpid(m_pid, &status, 0) == -1 && errno == EINTR) {
-      }
-      m_waitStatus = status;
-    }
-    return *m_waitStatus;
-  }
-
-  void Kill() { ::kill(m_pid, SIGKILL); }
+  ChildProcess(const std::string& lockFile, const std::string& logFile)
+      : m_process(kChildTest, {std::string(kChildLockFileVariable) + "=" + lockFile}, logFile,
+                  "CFGDECK_CHILD_READY_FD") {}
+  bool Started() const { return m_process.Started(); }
+  bool Running() { return m_process.Running(); }
+  int Wait() { return m_process.Wait(); }
+  void Kill() { m_process.Signal(SIGKILL); }
 
  private:
-  pid_t m_pid = -1;
-  std::optional<int> m_waitStatus;
+  NChildProcess m_process;
 };
 
 // Waits for the child to report that it holds the lock; false when it ended

@@ -1,6 +1,5 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <poll.h>
 #include <signal.h>
 #include <sys/mman.h>
 #include <sys/types.h>
@@ -28,10 +27,10 @@
 
 #include "location/NReportMessageParams.h"
 #include "platform/NPlatform.h"
+#include "platform/testing/NChildProcess.h"
 #include "store/NIniFileKey.h"
 #include "store/NIniFileStore.h"
 
-extern char** environ;
 
 namespace {
 
@@ -223,99 +222,28 @@ TEST(NIniFileKeyChild, RunsItsRole) {
 
 // ---- The parent side ------------------------------------------------------
 
-// This test binary run again as a child that plays `role`. Killed and reaped
-// when destroyed.
-class NChildProcess {
+// This test binary run again as a child that plays `role`.
+class Child {
  public:
-  NChildProcess(std::string_view role, const fs::path& folder, int index)
-      : m_log(folder / ("child-" + std::to_string(index) + ".log")) {
-    int fds[2];
-    if (::pipe2(fds, O_CLOEXEC) != 0) return;
-    // GTEST_* variables (sharding, XML output) would skip the child test or
-    // overwrite the parent's report.
-    std::vector<std::string> environment;
-    for (char** variable = environ; *variable != nullptr; ++variable) {
-      if (std::strncmp(*variable, "GTEST_", 6) != 0) environment.emplace_back(*variable);
-    }
-    environment.push_back(std::string(kRoleVariable) + "=" + std::string(role));
-    environment.push_back(std::string(kFolderVariable) + "=" + folder.string());
-    environment.push_back(std::string(kIndexVariable) + "=" + std::to_string(index));
-    environment.push_back(std::string(kReadyVariable) + "=" + std::to_string(fds[1]));
-    std::vector<char*> envp;
-    for (std::string& variable : environment) envp.push_back(variable.data());
-    envp.push_back(nullptr);
-    std::string program = "cfgdeck_store_process_test";
-    std::string filter = std::string("--gtest_filter=") + kChildTest;
-    char* argv[] = {program.data(), filter.data(), nullptr};
-    const std::string log = m_log.string();
+  Child(std::string_view role, const fs::path& folder, int index)
+      : m_log(folder / ("child-" + std::to_string(index) + ".log")),
+        m_process(kChildTest,
+                  {std::string(kRoleVariable) + "=" + std::string(role),
+                   std::string(kFolderVariable) + "=" + folder.string(),
+                   std::string(kIndexVariable) + "=" + std::to_string(index)},
+                  m_log.string(), kReadyVariable) {}
 
-    m_pid = ::fork();
-    if (m_pid == 0) {
-      // Only async-signal-safe calls until exec.
-      ::fcntl(fds[1], F_SETFD, 0);
-      const int out = ::open(log.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-      if (out >= 0) {
-        ::dup2(out, STDOUT_FILENO);
-        ::dup2(out, STDERR_FILENO);
-      }
-      ::execve("/proc/self/exe", argv, envp.data());
-      ::_exit(127);
-    }
-    ::close(fds[1]);
-    m_ready = fds[0];
-  }
-  NChildProcess(const NChildProcess&) = delete;
-  NChildProcess& operator=(const NChildProcess&) = delete;
-  ~NChildProcess() {
-    if (Running()) {
-      ::kill(m_pid, SIGKILL);
-      Wait();
-    }
-    if (m_ready >= 0) ::close(m_ready);
-  }
-
-  bool Started() const { return m_pid > 0 && m_ready >= 0; }
-
+  bool Started() const { return m_process.Started(); }
   // Waits until the child says it is ready; false when it ended first.
-  bool WaitReady() {
-    pollfd ready{.fd = m_ready, .events = POLLIN, .revents = 0};
-    int polled;
-    do {
-      polled = ::poll(&ready, 1, static_cast<int>(kChildSeconds) * 1000);
-    } while (polled < 0 && errno == EINTR);
-    char byte = 0;
-    return polled == 1 && ::read(m_ready, &byte, 1) == 1;
-  }
-
-  bool Running() {
-    if (m_pid <= 0 || m_waitStatus) return false;
-    int status = 0;
-    if (::waitpid(m_pid, &status, WNOHANG) == m_pid) m_waitStatus = status;
-    return !m_waitStatus;
-  }
-
-  int Wait() {
-    if (!m_waitStatus) {
-      int status = 0;
-      while (::waitpid(m_pid, &status, 0) == -1 && errno == EINTR) {
-      }
-      m_waitStatus = status;
-    }
-    return *m_waitStatus;
-  }
-
-  // Never once reaped: the number may belong to another process by then.
-  void Signal(int stop) {
-    if (m_pid > 0 && !m_waitStatus) ::kill(m_pid, stop);
-  }
-
+  bool WaitReady() { return m_process.WaitReady(std::chrono::seconds(kChildSeconds)); }
+  bool Running() { return m_process.Running(); }
+  int Wait() { return m_process.Wait(); }
+  void Signal(int stop) { m_process.Signal(stop); }
   std::string Log() const { return "\nchild log:\n" + ReadBytes(m_log); }
 
  private:
   fs::path m_log;
-  pid_t m_pid = -1;
-  int m_ready = -1;
-  std::optional<int> m_waitStatus;
+  NChildProcess m_process;
 };
 
 // What a stopped writer left, against the save it had begun.
@@ -349,12 +277,12 @@ class NIniFileKeyProcessesTest : public testing::Test {
     if (!m_folder.empty()) fs::remove_all(m_folder, ignored);
   }
 
-  NChildProcess& Start(std::string_view role, int index) {
-    m_children.push_back(std::make_unique<NChildProcess>(role, m_folder, index));
+  Child& Start(std::string_view role, int index) {
+    m_children.push_back(std::make_unique<Child>(role, m_folder, index));
     return *m_children.back();
   }
-  void Forget(const NChildProcess& child) {
-    std::erase_if(m_children, [&child](const std::unique_ptr<NChildProcess>& owned) { return owned.get() == &child; });
+  void Forget(const Child& child) {
+    std::erase_if(m_children, [&child](const std::unique_ptr<Child>& owned) { return owned.get() == &child; });
   }
 
   // Saves content `which` of `generation` with a store of its own.
@@ -383,7 +311,7 @@ class NIniFileKeyProcessesTest : public testing::Test {
     for (int run = 0; run < runs; ++run) {
       WriteBytes(KeyFile(m_folder), small);
       WriteBytes(m_folder / "progress", std::string(sizeof(std::int32_t), '\0'));
-      NChildProcess& child = Start(kAlternatingWriter, 0);
+      Child& child = Start(kAlternatingWriter, 0);
       ASSERT_TRUE(child.Started()) << std::strerror(errno);
       ASSERT_TRUE(child.WaitReady()) << "run " << run << child.Log();
       std::this_thread::sleep_for(std::chrono::microseconds(pause(random)));
@@ -416,12 +344,12 @@ class NIniFileKeyProcessesTest : public testing::Test {
   }
 
   fs::path m_folder;
-  std::vector<std::unique_ptr<NChildProcess>> m_children;
+  std::vector<std::unique_ptr<Child>> m_children;
 };
 
 TEST_F(NIniFileKeyProcessesTest, LoadsDuringAnotherProcessesSavesAreAlwaysWhole) {
   Save(0, 0);
-  NChildProcess& writer = Start(kCountingWriter, 0);
+  Child& writer = Start(kCountingWriter, 0);
   ASSERT_TRUE(writer.Started()) << std::strerror(errno);
   ASSERT_TRUE(writer.WaitReady()) << writer.Log();
 
@@ -459,14 +387,14 @@ TEST_F(NIniFileKeyProcessesTest, ProcessesChangingTheirOwnValuesOfOneKeyAllKeepT
     ASSERT_TRUE(key->SetStringValue(u"seed", u"kept"));
     ASSERT_TRUE(key->Flush(params)) << params.GetText().ToUtf8();
   }
-  std::vector<NChildProcess*> mergers;
+  std::vector<Child*> mergers;
   for (int k = 0; k < kMergers; ++k) {
     mergers.push_back(&Start(kMerger, k));
     ASSERT_TRUE(mergers.back()->Started()) << std::strerror(errno);
   }
-  for (NChildProcess* merger : mergers) ASSERT_TRUE(merger->WaitReady()) << merger->Log();
+  for (Child* merger : mergers) ASSERT_TRUE(merger->WaitReady()) << merger->Log();
   WriteBytes(m_folder / "go", "");
-  for (NChildProcess* merger : mergers) {
+  for (Child* merger : mergers) {
     const int status = merger->Wait();
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << DescribeWait(status) << merger->Log();
   }

@@ -88,7 +88,6 @@ constexpr NSystemMessageEntry kWin32Messages[] = {
 // printf-style (%hs, %p), not %1.
 constexpr NSystemMessageEntry kNtStatusMessages[] = {
     {0x80000005, u"{Buffer Overflow}\r\nThe data was too large to fit into the specified buffer.\r\n"},
-    {0x80000006, u"{No More Files}\r\nNo more files were found which match the file specification.\r\n"},
     {0xC0000001, u"{Operation Failed}\r\nThe requested operation was unsuccessful.\r\n"},
     {0xC0000004,
      u"The specified information record length does not match the length required for the specified information "
