@@ -1,5 +1,6 @@
 #include "store/NTextFile.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "base/NAscii.h"
@@ -60,9 +61,9 @@ NStatus NTextFile::Read(std::string* raw) {
   NFileInfo info;
   if (NStatus status = m_file->GetInfo(&info); !status) return status;
   if (info.size > kMaxFileSize) return NStatus::Error(NStatus::kNotEnoughMemory, "read (file too large)");
-  // The size is a hint: another writer may have changed the file meanwhile.
-  // One spare byte tells a file that grew, which is then read on in blocks;
-  // the buffer never holds more than the file and that byte.
+  // Blocks of 4096 bytes into a buffer of the file's size and one spare
+  // byte: the size is only a hint, as another writer may change the file,
+  // and the spare byte tells a file that grew, which is then read on.
   raw->resize(static_cast<size_t>(info.size) + 1);
   size_t at = 0;
   for (;;) {
@@ -70,7 +71,7 @@ NStatus NTextFile::Read(std::string* raw) {
       if (at >= kMaxFileSize) return NStatus::Error(NStatus::kNotEnoughMemory, "read (file too large)");
       raw->resize(at + kBlockSize);
     }
-    const size_t want = raw->size() - at;
+    const size_t want = std::min(kBlockSize, raw->size() - at);
     size_t got = 0;
     NStatus status = m_file->Read(at, raw->data() + at, want, &got);
     at += got;

@@ -8,8 +8,7 @@
 
 // The text-file reader and writer of the store, on an open NFile.
 //
-// Reading takes the whole file (in one read when its size holds still, in
-// further blocks of 4096 bytes when it grows meanwhile), recognises a
+// Reading takes the whole file in blocks of 4096 bytes, recognises a
 // byte-order mark (EF BB BF for UTF-8, then FF FE for UTF-16LE, then FE FF
 // for UTF-16BE, in that order) and hands back the text as UTF-8, whatever
 // the file's encoding; a file without a mark is in the ANSI code page.
