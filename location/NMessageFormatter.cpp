@@ -140,7 +140,7 @@ void Pad(std::u16string* out, int count, char16_t fill) {
 }
 
 // Writes `body` (already holding any sign or prefix at its front, `prefix`
-// units long) padded to the spec's width.
+// units long) padded to the requested width.
 void Justify(const PrintfSpec& spec, std::u16string_view body, size_t prefix, bool zeroAllowed, std::u16string* out) {
   const int padding = spec.width - static_cast<int>(body.size());
   if (spec.left) {
