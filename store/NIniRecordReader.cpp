@@ -171,11 +171,21 @@ NIniRecordReader::Result NIniRecordReader::ReadBinary(NIniRecord* record) {
       return Invalid("the file ends before the " + std::to_string(total) + " bytes of the value");
     }
     // Pairs of hex digits, blanks skipped; a bad digit or an unpaired last
-    // digit ends the line's data.
+    // digit ends the line's data. The usual line is plain pairs, taken two
+    // characters at a time until something else turns up.
     const std::size_t room = total - filled;
     std::size_t taken = 0;
+    std::size_t at = 0;
+    while (at + 1 < line.size() && taken < room) {
+      const int high = HexDigit(static_cast<unsigned char>(line[at]));
+      const int low = HexDigit(static_cast<unsigned char>(line[at + 1]));
+      if ((high | low) < 0) break;
+      out[filled++] = static_cast<char>(high << 4 | low);
+      ++taken;
+      at += 2;
+    }
     int high = -1;
-    for (const char c : line) {
+    for (const char c : line.substr(at)) {
       if (IsBlank(c)) continue;
       const int digit = HexDigit(static_cast<unsigned char>(c));
       if (digit < 0) break;
