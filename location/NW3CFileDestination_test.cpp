@@ -9,6 +9,7 @@
 #include "location/NLogEvent.h"
 #include "location/NReportMessageParams.h"
 #include "platform/NForwardingPlatform.h"
+#include "platform/testing/NTestFiles.h"
 
 namespace {
 
@@ -36,12 +37,7 @@ class W3CTest : public testing::Test {
 
   NUnicodeString Folder() const { return NUnicodeString::FromUtf8(m_folder.string()); }
 
-  std::string Read(const std::string& name) const {
-    std::ifstream in(m_folder / name, std::ios::binary);
-    std::stringstream content;
-    content << in.rdbuf();
-    return content.str();
-  }
+  std::string Read(const std::string& name) const { return NReadFileBytes(m_folder / name); }
 
   // The one event line of a fresh file (after its three header lines).
   std::string LineFor(NLogEvent& event) {

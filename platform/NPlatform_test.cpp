@@ -29,6 +29,7 @@
 #include <vector>
 
 #include "platform/NUnicode.h"
+#include "platform/testing/NTestFiles.h"
 
 
 namespace {
@@ -55,12 +56,7 @@ void WriteText(const std::string& path, const std::string& text) {
   out << text;
 }
 
-std::string ReadText(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream content;
-  content << in.rdbuf();
-  return content.str();
-}
+std::string ReadText(const std::string& path) { return NReadFileBytes(path); }
 
 bool Exists(const std::string& path) {
   struct stat st;

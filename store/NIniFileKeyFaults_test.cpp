@@ -23,6 +23,7 @@
 #include "platform/NForwardingPlatform.h"
 #include "platform/NPlatform.h"
 #include "platform/testing/NFaultPlatform.h"
+#include "platform/testing/NTestFiles.h"
 #include "platform/testing/NWindowsLockPlatform.h"
 #include "store/NIniFileKey.h"
 #include "store/NIniFileStore.h"
@@ -38,17 +39,6 @@ constexpr std::u16string_view kKeyName = u"Sessions\\lab";
 constexpr int kMaxCalls = 200;
 constexpr std::uint32_t kPlainError = 5;  // ERROR_ACCESS_DENIED
 
-std::string ReadBytes(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream content;
-  content << in.rdbuf();
-  return content.str();
-}
-
-void WriteBytes(const fs::path& path, std::string_view bytes) {
-  fs::create_directories(path.parent_path());
-  std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
-}
 
 NUnicodeString Native(const fs::path& path) { return NUnicodeString::FromUtf8(path.string()); }
 
@@ -137,11 +127,11 @@ class NIniFileKeyFaultsTest : public testing::Test {
   }
 
   NKeyFiles ReadFiles(const std::string& folder, bool withPrivate) const {
-    return {ReadBytes(MainFile(folder)), withPrivate ? ReadBytes(PrivateFile(folder)) : std::string()};
+    return {NReadFileBytes(MainFile(folder)), withPrivate ? NReadFileBytes(PrivateFile(folder)) : std::string()};
   }
   void WriteFiles(const std::string& folder, const NKeyFiles& files, bool withPrivate) const {
-    WriteBytes(MainFile(folder), files.main);
-    if (withPrivate) WriteBytes(PrivateFile(folder), files.personal);
+    NWriteFileBytes(MainFile(folder), files.main);
+    if (withPrivate) NWriteFileBytes(PrivateFile(folder), files.personal);
   }
 
   void EmptyFolder(const std::string& folder) const { fs::remove_all(m_base / folder); }
@@ -383,7 +373,7 @@ TEST_F(NIniFileKeyFullDiskTest, SaveThatDoesNotFitFailsAndLeavesTheOldFileWhole)
   SetOldValues(*key);
   ASSERT_TRUE(key->Flush(params)) << params.GetText().ToUtf8();
   const fs::path file = m_mount / "store" / "Sessions" / "lab.ini";
-  const std::string old = ReadBytes(file);
+  const std::string old = NReadFileBytes(file);
   ASSERT_FALSE(old.empty());
 
   // Less room than the new content needs beyond the old file's page.
@@ -403,13 +393,13 @@ TEST_F(NIniFileKeyFullDiskTest, SaveThatDoesNotFitFailsAndLeavesTheOldFileWhole)
   EXPECT_FALSE(key->Flush(params));
   const std::string text = params.GetText().ToUtf8();
   EXPECT_NE(text.find(file.string()), std::string::npos) << text;
-  EXPECT_EQ(ReadBytes(file), old) << Difference(ReadBytes(file), old);
+  EXPECT_EQ(NReadFileBytes(file), old) << Difference(NReadFileBytes(file), old);
   EXPECT_EQ(counter.CallCount(NFaultKind::kTruncate), 0) << "the file was cut: " << text;
 
   // Once there is room again, the same key saves.
   fs::remove(m_mount / "filler");
   EXPECT_TRUE(key->Flush(params)) << params.GetText().ToUtf8();
-  EXPECT_NE(ReadBytes(file).find("Added 199"), std::string::npos);
+  EXPECT_NE(NReadFileBytes(file).find("Added 199"), std::string::npos);
 }
 
 // ---- Windows lock rules --------------------------------------------------------
@@ -533,7 +523,7 @@ TEST_F(NIniFileKeyWindowsRulesTest, LoadSaveAndReloadFollowTheRulesWithAndWithou
     // A reload leaves no lock behind that would refuse the next save.
     ASSERT_TRUE(key->SetDwordValue(u"Port", 3));
     ASSERT_TRUE(key->Flush(params)) << params.GetText().ToUtf8();
-    EXPECT_NE(ReadBytes(MainFile("work")).find("D:\"Port\"=00000003"), std::string::npos);
+    EXPECT_NE(NReadFileBytes(MainFile("work")).find("D:\"Port\"=00000003"), std::string::npos);
   }
 }
 
@@ -605,7 +595,7 @@ TEST_F(NIniFileKeyWindowsRulesTest, LoadWaitsForASaveHoldingTheLockAndSeesItsWho
   if (readerThread.joinable()) readerThread.join();
 
   EXPECT_TRUE(saved) << writerParams.GetText().ToUtf8();
-  EXPECT_EQ(ReadBytes(MainFile("work")), fresh.main);
+  EXPECT_EQ(NReadFileBytes(MainFile("work")), fresh.main);
   ASSERT_TRUE(reader) << readerParams.GetText().ToUtf8();
   EXPECT_EQ(Dump(*reader), expected);
 }

@@ -28,6 +28,7 @@
 #include "location/NReportMessageParams.h"
 #include "platform/NPlatform.h"
 #include "platform/testing/NChildProcess.h"
+#include "platform/testing/NTestFiles.h"
 #include "store/NIniFileKey.h"
 #include "store/NIniFileStore.h"
 
@@ -61,17 +62,6 @@ constexpr std::uint32_t kStopSeed = 20240611;
 constexpr int kDefaultSignalRuns = 200;
 constexpr std::u16string_view kKeyName = u"Sessions\\shared";
 
-std::string ReadBytes(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream content;
-  content << in.rdbuf();
-  return content.str();
-}
-
-void WriteBytes(const fs::path& path, std::string_view bytes) {
-  fs::create_directories(path.parent_path());
-  std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
-}
 
 fs::path KeyFile(const fs::path& folder) { return folder / "store" / "Sessions" / "shared.ini"; }
 
@@ -239,7 +229,7 @@ class Child {
   bool Running() { return m_process.Running(); }
   int Wait() { return m_process.Wait(); }
   void Signal(int stop) { m_process.Signal(stop); }
-  std::string Log() const { return "\nchild log:\n" + ReadBytes(m_log); }
+  std::string Log() const { return "\nchild log:\n" + NReadFileBytes(m_log); }
 
  private:
   fs::path m_log;
@@ -301,16 +291,16 @@ class NIniFileKeyProcessesTest : public testing::Test {
                 const std::function<void(NOutcome, const std::string&, int)>& check) {
     // The two contents, as the writer saves them.
     Save(0, 1);
-    const std::string small = ReadBytes(KeyFile(m_folder));
+    const std::string small = NReadFileBytes(KeyFile(m_folder));
     Save(1, 2);
-    const std::string large = ReadBytes(KeyFile(m_folder));
+    const std::string large = NReadFileBytes(KeyFile(m_folder));
     ASSERT_GT(large.size(), 4 * small.size());
 
     std::mt19937 random(kStopSeed);
     std::uniform_int_distribution<int> pause(0, 20000);
     for (int run = 0; run < runs; ++run) {
-      WriteBytes(KeyFile(m_folder), small);
-      WriteBytes(m_folder / "progress", std::string(sizeof(std::int32_t), '\0'));
+      NWriteFileBytes(KeyFile(m_folder), small);
+      NWriteFileBytes(m_folder / "progress", std::string(sizeof(std::int32_t), '\0'));
       Child& child = Start(kAlternatingWriter, 0);
       ASSERT_TRUE(child.Started()) << std::strerror(errno);
       ASSERT_TRUE(child.WaitReady()) << "run " << run << child.Log();
@@ -323,11 +313,11 @@ class NIniFileKeyProcessesTest : public testing::Test {
       Forget(child);
 
       std::int32_t target = 0;
-      const std::string progress = ReadBytes(m_folder / "progress");
+      const std::string progress = NReadFileBytes(m_folder / "progress");
       ASSERT_EQ(progress.size(), sizeof target);
       std::memcpy(&target, progress.data(), sizeof target);
       ASSERT_TRUE(target == 1 || target == 2) << "run " << run;
-      const std::string bytes = ReadBytes(KeyFile(m_folder));
+      const std::string bytes = NReadFileBytes(KeyFile(m_folder));
       const NOutcome outcome = target == 1 ? Classify(bytes, small, large) : Classify(bytes, large, small);
       ++(*tally)[static_cast<std::size_t>(outcome)];
       check(outcome, bytes, run);
@@ -393,7 +383,7 @@ TEST_F(NIniFileKeyProcessesTest, ProcessesChangingTheirOwnValuesOfOneKeyAllKeepT
     ASSERT_TRUE(mergers.back()->Started()) << std::strerror(errno);
   }
   for (Child* merger : mergers) ASSERT_TRUE(merger->WaitReady()) << merger->Log();
-  WriteBytes(m_folder / "go", "");
+  NWriteFileBytes(m_folder / "go", "");
   for (Child* merger : mergers) {
     const int status = merger->Wait();
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << DescribeWait(status) << merger->Log();

@@ -11,6 +11,7 @@
 #include "location/NReportMessageParams.h"
 #include "location/NReportMessageRouter.h"
 #include "platform/NPlatform.h"
+#include "platform/testing/NTestFiles.h"
 #include "store/NIniFileKeyIterator.h"
 #include "store/NIniFileStore.h"
 #include "store/NIniFileStoreFactory.h"
@@ -71,18 +72,9 @@ class NIniFileKeyTest : public testing::Test {
     return key;
   }
 
-  void Write(const std::string& relative, std::string_view bytes) {
-    const fs::path path = m_root / relative;
-    fs::create_directories(path.parent_path());
-    std::ofstream(path, std::ios::binary) << bytes;
-  }
+  void Write(const std::string& relative, std::string_view bytes) { NWriteFileBytes(m_root / relative, bytes); }
 
-  std::string ReadPath(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream content;
-    content << in.rdbuf();
-    return content.str();
-  }
+  std::string ReadPath(const fs::path& path) { return NReadFileBytes(path); }
   std::string Read(const std::string& relative) { return ReadPath(m_root / relative); }
 
   static std::uint32_t Dword(const NProfileKey& key, std::u16string_view name) {

@@ -16,6 +16,7 @@
 
 #include "platform/NPlatform.h"
 #include "platform/testing/NFaultPlatform.h"
+#include "platform/testing/NTestFiles.h"
 #include "platform/testing/NWindowsLockPlatform.h"
 
 namespace {
@@ -55,12 +56,7 @@ class TestPlatformsTest : public testing::Test {
     std::ofstream out(Native(name), std::ios::binary | std::ios::trunc);
     out << text;
   }
-  std::string ReadText(const std::string& name) const {
-    std::ifstream in(Native(name), std::ios::binary);
-    std::stringstream content;
-    content << in.rdbuf();
-    return content.str();
-  }
+  std::string ReadText(const std::string& name) const { return NReadFileBytes(Native(name)); }
   bool Exists(const std::string& name) const { return std::filesystem::exists(Native(name)); }
 
   static std::unique_ptr<NFile> Open(NPlatform& platform, const std::u16string& path,
