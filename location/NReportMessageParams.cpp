@@ -18,10 +18,6 @@ NUnicodeString Expand(std::u16string_view templ, const NStringArray& arguments) 
   return text;
 }
 
-std::u16string FormatNumber(std::u16string_view spec, const NFormatArgument& value) {
-  return NMessageFormatter::FormatOne(spec, value);
-}
-
 }  // namespace
 
 NReportMessageParams::NReportMessageParams() = default;
@@ -74,19 +70,19 @@ void NReportMessageParams::AddArgument(std::u16string_view text) {
 }
 
 void NReportMessageParams::AddUnsigned(std::uint32_t value) {
-  AddArgument(FormatNumber(u"u", NFormatArgument::Unsigned(value)));
+  AddArgument(NMessageFormatter::FormatOne(u"u", NFormatArgument::Unsigned(value)));
 }
 
 void NReportMessageParams::AddSigned(std::int32_t value) {
-  AddArgument(FormatNumber(u"d", NFormatArgument::Signed(value)));
+  AddArgument(NMessageFormatter::FormatOne(u"d", NFormatArgument::Signed(value)));
 }
 
 void NReportMessageParams::AddUnsigned64(std::uint64_t value) {
-  AddArgument(FormatNumber(u"I64u", NFormatArgument::Unsigned(value)));
+  AddArgument(NMessageFormatter::FormatOne(u"I64u", NFormatArgument::Unsigned(value)));
 }
 
 void NReportMessageParams::AddSigned64(std::int64_t value) {
-  AddArgument(FormatNumber(u"I64d", NFormatArgument::Signed(value)));
+  AddArgument(NMessageFormatter::FormatOne(u"I64d", NFormatArgument::Signed(value)));
 }
 
 void NReportMessageParams::Clear() {

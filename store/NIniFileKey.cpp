@@ -8,6 +8,7 @@
 #include <new>
 
 #include "base/NHash.h"
+#include "location/NMessageFormatter.h"
 #include "location/NReportMessageParams.h"
 #include "location/NReportMessageRouter.h"
 #include "location/NStatusReport.h"
@@ -91,9 +92,9 @@ void ParseInto(NIniFileKeyMap& map, std::string_view text, NIniLoadReport* repor
 }
 
 void Trace(std::u16string_view format, std::u16string_view argument) {
-  std::u16string text(format);
-  const size_t at = text.find(u"%1");
-  if (at != std::u16string::npos) text.replace(at, 2, argument);
+  const NFormatArgument insertion(argument);
+  std::u16string text;
+  NMessageFormatter::Format(format, std::span<const NFormatArgument>(&insertion, 1), &text);
   NTrace(text);
 }
 

@@ -10,6 +10,7 @@
 #include "platform/NConsole.h"
 #include "platform/NPlatform.h"
 #include "tools/NStoreCommands.h"
+#include "tools/NToolOutput.h"
 
 namespace {
 
@@ -25,10 +26,6 @@ bool ParseCode(std::string_view text, std::uint32_t* code) {
 }
 
 }  // namespace
-
-void NCommandLine::Out(std::string_view text) { NWriteStandard(NStandardStream::kOutput, text); }
-
-void NCommandLine::Error(std::string_view text) { NWriteStandard(NStandardStream::kError, text); }
 
 int NCommandLine::Run(const std::vector<std::string>& args) {
   CLI::App app("cfgdeck: inspect and change a cfgdeck configuration folder.\n"
@@ -84,15 +81,15 @@ int NCommandLine::Run(const std::vector<std::string>& args) {
   try {
     app.parse(reversed);
   } catch (const CLI::CallForHelp&) {
-    Out(app.help());
-    return kSuccess;
+    NOut(app.help());
+    return kExitSuccess;
   } catch (const CLI::CallForAllHelp&) {
-    Out(app.help("", CLI::AppFormatMode::All));
-    return kSuccess;
+    NOut(app.help("", CLI::AppFormatMode::All));
+    return kExitSuccess;
   } catch (const CLI::ParseError& e) {
     // A subcommand's --help raises CallForHelp from within the subcommand.
-    Error(std::string("cfgdeck: ") + e.what() + "\nRun 'cfgdeck --help' for usage.\n");
-    return kUsage;
+    NErr(std::string("cfgdeck: ") + e.what() + "\nRun 'cfgdeck --help' for usage.\n");
+    return kExitUsage;
   }
 
   if (m_configFolder.empty()) m_configFolder = ".";
@@ -110,8 +107,8 @@ int NCommandLine::Run(const std::vector<std::string>& args) {
       multiText.clear();
     }
     if (!*dwordOption && !*stringOption && !*binaryOption && !multiGiven) {
-      Error("cfgdeck set: give the value with one of --dword, --string, --binary or --multi\n");
-      return kUsage;
+      NErr("cfgdeck set: give the value with one of --dword, --string, --binary or --multi\n");
+      return kExitUsage;
     }
     if (*dwordOption) value.dword = dwordText;
     if (*stringOption) value.string = stringText;
@@ -128,13 +125,13 @@ int NCommandLine::Run(const std::vector<std::string>& args) {
 int NCommandLine::Message(const std::string& code, const std::vector<std::string>& arguments) {
   std::uint32_t value = 0;
   if (!ParseCode(code, &value)) {
-    Error("cfgdeck message: '" + code + "' is not a 32-bit message code (0x followed by hex digits, or decimal)\n");
-    return kUsage;
+    NErr("cfgdeck message: '" + code + "' is not a 32-bit message code (0x followed by hex digits, or decimal)\n");
+    return kExitUsage;
   }
   NReportMessageParams params(value);
   for (const std::string& argument : arguments) params.AddArgument(NUnicodeString::FromUtf8(argument));
-  Out(params.GetText().ToUtf8());
-  return kSuccess;
+  NOut(params.GetText().ToUtf8());
+  return kExitSuccess;
 }
 
 int NCommandLine::Overview() { return NStoreCommands(m_configFolder).Overview(); }

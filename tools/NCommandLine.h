@@ -9,19 +9,12 @@
 // stderr), 2 bad usage.
 class NCommandLine {
  public:
-  static constexpr int kSuccess = 0;
-  static constexpr int kFailure = 1;
-  static constexpr int kUsage = 2;
-
   // `args` are UTF-8 and include the program name.
   int Run(const std::vector<std::string>& args);
 
  private:
   int Overview();
   int Message(const std::string& code, const std::vector<std::string>& arguments);
-
-  void Out(std::string_view text);
-  void Error(std::string_view text);
 
   std::string m_configFolder;
 };
