@@ -52,19 +52,17 @@ NStatus NPosixFile::Failure(const char* operation) const {
 }
 
 NStatus NPosixFile::Read(std::uint64_t offset, void* buffer, std::size_t size, std::size_t* bytesRead) {
-  auto* out = static_cast<char*>(buffer);
-  std::size_t done = 0;
-  while (done < size) {
-    const ssize_t n = ::pread(m_fd, out + done, size - done, static_cast<off_t>(offset + done));
-    if (n == 0) break;
-    if (n < 0) {
-      if (errno == EINTR) continue;
-      *bytesRead = done;
-      return Failure("read");
-    }
-    done += static_cast<std::size_t>(n);
+  // One call: a short read of a regular file is its end, as with ReadFile,
+  // and asking again would only cost a call that returns nothing.
+  ssize_t n;
+  do {
+    n = ::pread(m_fd, buffer, size, static_cast<off_t>(offset));
+  } while (n < 0 && errno == EINTR);
+  if (n < 0) {
+    *bytesRead = 0;
+    return Failure("read");
   }
-  *bytesRead = done;
+  *bytesRead = static_cast<std::size_t>(n);
   return NStatus::Ok();
 }
 

@@ -77,8 +77,8 @@ int OpenWithoutLinks(const std::string& path, int flags, mode_t mode) {
 int OpenFlags(const NOpenOptions& options) {
   // O_CLOEXEC: the applications start local shells, which must not inherit
   // an open key file and the lock on it. O_NONBLOCK keeps a FIFO planted in
-  // the folder from blocking the open; it is cleared once the file is known
-  // to be regular.
+  // the folder from blocking the open; only regular files are kept open, and
+  // for them Linux ignores the flag, so it stays set.
   int flags = O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
   flags |= options.access == NFileAccess::kRead ? O_RDONLY : O_RDWR;
   if (options.noFollow) flags |= O_NOFOLLOW;
@@ -146,7 +146,6 @@ NStatus NPosixPlatform::OpenFile(std::u16string_view path, const NOpenOptions& o
   if (::fstat(fd, &st) != 0) return Failure("open", path);
   // Windows cannot open a folder as a file; keep the two systems alike.
   if (!S_ISREG(st.st_mode)) return NStatus::Error(NStatus::kAccessDenied, "open", path);
-  if (::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) & ~O_NONBLOCK) != 0) return Failure("open", path);
   if (created && options.security == NFileSecurity::kOwnerOnly && ::fchmod(fd, kOwnerOnlyFile) != 0) {
     return Failure("open", path);  // the umask must not loosen a private file
   }
