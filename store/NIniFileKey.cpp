@@ -14,6 +14,7 @@
 #include "location/NStatusReport.h"
 #include "platform/NPlatform.h"
 #include "platform/NTerminationSignalGuard.h"
+#include "store/NFindIgnoringCase.h"
 #include "store/NIniFileKeyIterator.h"
 #include "store/NIniFileStore.h"
 #include "store/NIniRecordReader.h"
@@ -24,6 +25,8 @@ namespace {
 // The lock every reader and writer of a key file takes: bytes 0 to 3.
 constexpr std::uint64_t kLockOffset = 0;
 constexpr std::uint64_t kLockLength = 4;
+
+constexpr std::u16string_view kKeyFileSuffix = u".ini";
 
 // A value name as UTF-8, on the stack for the usual short ASCII names, so
 // that a lookup allocates nothing.
@@ -147,14 +150,25 @@ NUnicodeString NIniFileKey::FolderPath() const {
 NUnicodeString NIniFileKey::FilePath() const {
   if (m_path.IsRoot()) return {};  // the root holds sub-keys only
   NUnicodeString path = FolderPath();
-  path += u".ini";
+  path += kKeyFileSuffix;
   return path;
 }
 
 NUnicodeString NIniFileKey::PrivateFilePath() const {
   if (m_path.IsRoot() || m_store.PrivateRoot().empty()) return {};
   NUnicodeString path = m_path.Under(m_store.PrivateRoot(), m_store.Platform().PathSeparator());
-  path += u".ini";
+  path += kKeyFileSuffix;
+  return path;
+}
+
+NUnicodeString NIniFileKey::FileToSave(std::u16string_view root) const {
+  NPlatform& platform = m_store.Platform();
+  NUnicodeString path = m_path.Under(root, platform.PathSeparator());
+  path += kKeyFileSuffix;
+  if (platform.GetPathKind(path) != NPathKind::kNone) return path;
+  // Rewrite "global.ini" rather than make "Global.ini" beside it; a new file
+  // goes into the folders that exist, whatever their case.
+  (void)NFindKeyPath(platform, root, m_path, kKeyFileSuffix, &path);
   return path;
 }
 
@@ -167,17 +181,26 @@ NStatus NIniFileKey::LockWithWarning(NFile& file, NLockKind kind) const {
   return file.Lock(kLockOffset, kLockLength, kind, NFile::kWaitForever);
 }
 
-bool NIniFileKey::LoadFile(Map& map, const NUnicodeString& path, FileState* state, NIniLoadReport* report,
+bool NIniFileKey::LoadFile(Map& map, std::u16string_view root, FileState* state, NIniLoadReport* report,
                            NReportMessageParams& params) {
   *state = FileState();
   *report = NIniLoadReport();
-  if (path.empty()) return true;
+  if (m_path.IsRoot() || root.empty()) return true;
   NPlatform& platform = m_store.Platform();
+  NUnicodeString path = m_path.Under(root, platform.PathSeparator());
+  path += kKeyFileSuffix;
   NOpenOptions options;
   options.noFollow = true;
   options.noLinks = true;
   std::unique_ptr<NFile> file;
   NStatus status = platform.OpenFile(path, options, &file);
+  if (status.IsNotFound()) {
+    // Only a missing file pays for the search by case.
+    NUnicodeString other;
+    if (!NFindKeyPath(platform, root, m_path, kKeyFileSuffix, &other) || other == path) return true;
+    path = std::move(other);
+    status = platform.OpenFile(path, options, &file);
+  }
   if (status.IsNotFound()) return true;  // a key without values
   std::string raw;
   if (status) status = LockWithWarning(*file, NLockKind::kShared);
@@ -206,10 +229,10 @@ bool NIniFileKey::LoadFile(Map& map, const NUnicodeString& path, FileState* stat
 
 bool NIniFileKey::Load(NReportMessageParams& params) {
   auto map = std::make_unique<Map>();
-  if (!LoadFile(*map, FilePath(), &m_files[0], &m_reports[0], params)) return false;
+  if (!LoadFile(*map, m_store.Root(), &m_files[0], &m_reports[0], params)) return false;
   // Personal values read from the private half take the place of any copy
   // left in the main file.
-  if (!LoadFile(*map, PrivateFilePath(), &m_files[1], &m_reports[1], params)) return false;
+  if (!LoadFile(*map, m_store.PrivateRoot(), &m_files[1], &m_reports[1], params)) return false;
   m_map = std::move(map);
   ++m_tableGeneration;
   m_modified = false;
@@ -377,15 +400,14 @@ bool NIniFileKey::Flush(NReportMessageParams& params) {
 
 bool NIniFileKey::SaveFiles(NReportMessageParams& params) {
   NPlatform& platform = m_store.Platform();
-  const NUnicodeString privatePath = PrivateFilePath();
   // Personal values go to the private half once there is one to write, or
   // one that was deleted (so that a deleted password does not come back).
-  const bool usePrivate = !privatePath.empty() && (m_map->HasFixedData() || m_map->HasFixedChange());
+  const bool usePrivate = !m_store.PrivateRoot().empty() && (m_map->HasFixedData() || m_map->HasFixedChange());
   SaveTarget targets[2];
   const int count = usePrivate ? 2 : 1;
-  targets[0].path = FilePath();
+  targets[0].path = FileToSave(m_store.Root());
   if (usePrivate) {
-    targets[1].path = privatePath;
+    targets[1].path = FileToSave(m_store.PrivateRoot());
     targets[1].security = NFileSecurity::kOwnerOnly;
   }
 
@@ -484,38 +506,30 @@ NStatus RemoveTree(NPlatform& platform, const NUnicodeString& folder) {
   return platform.RemoveFolder(folder);
 }
 
-// Fails when a folder on the way from `root` to the key (and to the key's
-// own folder, with `withLeaf`) is not a real folder (a symbolic link, say),
-// which could lead out of the store.
-NStatus CheckWay(NPlatform& platform, std::u16string_view root, const NKeyPath& path, bool withLeaf = false) {
-  NKeyPath way;
-  const std::size_t count = path.Names().size() - (withLeaf || path.IsRoot() ? 0 : 1);
-  for (std::size_t i = 0; i < count; ++i) {
-    (void)way.Append(path.Names()[i]);
-    const NUnicodeString folder = way.Under(root, platform.PathSeparator());
-    const NPathKind kind = platform.GetPathKind(folder);
-    if (kind == NPathKind::kNone) return NStatus::Error(NStatus::kPathNotFound, "find key", folder);
-    if (kind != NPathKind::kFolder) return NStatus::Error(NStatus::kAccessDenied, "find key (not a folder)", folder);
+// Removes the key's file and folder in every spelling that differs only in
+// case, so that no other spelling is left to stand for the key. The way to
+// it must be real folders (a symbolic link could lead out of the store).
+NStatus RemoveKeyFiles(NPlatform& platform, std::u16string_view root, const NKeyPath& path) {
+  NUnicodeString parent;
+  if (NStatus status = NFindKeyPath(platform, root, path.Parent(), u"", &parent); !status) {
+    return status.IsNotFound() ? NStatus::Ok() : status;
+  }
+  NUnicodeString fileName(path.Leaf());
+  fileName += kKeyFileSuffix;
+  const std::u16string_view names[] = {path.Leaf(), fileName};
+  std::vector<NFolderEntry> matches;
+  if (NStatus status = NListIgnoringCase(platform, parent, names, &matches); !status) return status;
+  for (const NFolderEntry& entry : matches) {
+    NUnicodeString target = parent;
+    if (target.back() != platform.PathSeparator()) target.push_back(platform.PathSeparator());
+    target += entry.name;
+    const bool isFolderName = NUnicodeString::CompareIgnoreCase(entry.name, path.Leaf()) == 0;
+    // A link where the folder would be: the link goes, not what it names.
+    NStatus status =
+        isFolderName && entry.kind == NPathKind::kFolder ? RemoveTree(platform, target) : platform.DeleteFile(target);
+    if (!status) return status;
   }
   return NStatus::Ok();
-}
-
-NStatus RemoveKeyFiles(NPlatform& platform, std::u16string_view root, const NKeyPath& path) {
-  if (NStatus status = CheckWay(platform, root, path); !status) return status.IsNotFound() ? NStatus::Ok() : status;
-  const NUnicodeString folder = path.Under(root, platform.PathSeparator());
-  NUnicodeString file = folder;
-  file += u".ini";
-  if (platform.GetPathKind(file) != NPathKind::kNone) {
-    if (NStatus status = platform.DeleteFile(file); !status) return status;
-  }
-  switch (platform.GetPathKind(folder)) {
-    case NPathKind::kFolder:
-      return RemoveTree(platform, folder);
-    case NPathKind::kNone:
-      return NStatus::Ok();
-    default:
-      return platform.DeleteFile(folder);  // a link where the folder would be: the link goes, not what it names
-  }
 }
 
 }  // namespace
@@ -546,8 +560,19 @@ bool NIniFileKey::SubKeyExists(std::u16string_view name) const {
   NPlatform& platform = m_store.Platform();
   NUnicodeString folder = path.Under(m_store.Root(), platform.PathSeparator());
   if (platform.GetPathKind(folder) == NPathKind::kFolder) return true;
-  folder += u".ini";
-  return platform.GetPathKind(folder) == NPathKind::kFile;
+  folder += kKeyFileSuffix;
+  if (platform.GetPathKind(folder) == NPathKind::kFile) return true;
+  NUnicodeString parent;
+  if (!NFindKeyPath(platform, m_store.Root(), path.Parent(), u"", &parent)) return false;
+  NUnicodeString fileName(path.Leaf());
+  fileName += kKeyFileSuffix;
+  const std::u16string_view names[] = {path.Leaf(), fileName};
+  std::vector<NFolderEntry> matches;
+  if (!NListIgnoringCase(platform, parent, names, &matches)) return false;
+  return std::any_of(matches.begin(), matches.end(), [&path](const NFolderEntry& entry) {
+    const bool isFolderName = NUnicodeString::CompareIgnoreCase(entry.name, path.Leaf()) == 0;
+    return entry.kind == (isFolderName ? NPathKind::kFolder : NPathKind::kFile);
+  });
 }
 
 std::unique_ptr<NProfileKey> NIniFileKey::OpenSubKey(std::u16string_view name, NReportMessageParams& params) {
@@ -562,8 +587,9 @@ std::unique_ptr<NProfileKey> NIniFileKey::OpenSubKey(std::u16string_view name, N
 std::unique_ptr<NProfileKeyIterator> NIniFileKey::CreateIterator(bool values) {
   if (values) return std::make_unique<Iterator>(*this);
   // Listing goes through the key's own folder too: it must be a real one.
-  if (NStatus way = CheckWay(m_store.Platform(), m_store.Root(), m_path, true); !way && !way.IsNotFound()) {
+  NUnicodeString folder;
+  if (NStatus way = NFindKeyPath(m_store.Platform(), m_store.Root(), m_path, u"", &folder); !way && !way.IsNotFound()) {
     return std::make_unique<Iterator>();
   }
-  return std::make_unique<Iterator>(m_store.Platform(), FolderPath());
+  return std::make_unique<Iterator>(m_store.Platform(), folder);
 }

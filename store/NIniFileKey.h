@@ -75,7 +75,11 @@ class NIniFileKey final : public NProfileKey {
   std::uint64_t TableGeneration() const { return m_tableGeneration; }
   // What loading the main file (index 0) and the private file (1) noticed.
   const NIniLoadReport& LoadReport(int file = 0) const { return m_reports[file]; }
-  // The key's files on disk; the private one is empty without a private root.
+  // The key's files and folder as the key spells them; the private file is
+  // empty without a private root. Where the system tells cases apart, the
+  // files actually used may be spelled otherwise (LoadReport names the file
+  // read): an existing file that differs only in case is read and rewritten,
+  // and only a new file takes the key's own spelling.
   NUnicodeString FilePath() const;
   NUnicodeString PrivateFilePath() const;
   NUnicodeString FolderPath() const;
@@ -90,8 +94,11 @@ class NIniFileKey final : public NProfileKey {
   NIniFileKey(const NIniFileStore& store, NKeyPath path, bool readOnly);
 
   bool Load(NReportMessageParams& params);
-  bool LoadFile(Map& map, const NUnicodeString& path, FileState* state, NIniLoadReport* report,
+  bool LoadFile(Map& map, std::u16string_view root, FileState* state, NIniLoadReport* report,
                 NReportMessageParams& params);
+  // The key's file under `root` for a save: the existing one, whatever its
+  // case, else the path a new one is made at.
+  NUnicodeString FileToSave(std::u16string_view root) const;
   NStatus LockWithWarning(NFile& file, NLockKind kind) const;
   bool Change(std::u16string_view name, NIniFileData* data);
   NIniFileData* FindData(std::u16string_view name) const;

@@ -12,7 +12,8 @@ namespace {
 // Key files are opened refusing symbolic links anywhere on their path, so
 // that no link inside the store leads out of it. Links above the root are
 // the user's own business: they are resolved here, once.
-NUnicodeString Resolved(NPlatform& platform, NUnicodeString folder) {
+NUnicodeString Resolved(NPlatform& platform, NUnicodeString folder, const NIniFileStoreOptions& options) {
+  if (options.rootsResolved) return folder;
   std::u16string canonical;
   if (!folder.empty() && platform.CanonicalPath(folder, &canonical)) return NUnicodeString(std::move(canonical));
   return folder;
@@ -22,8 +23,8 @@ NUnicodeString Resolved(NPlatform& platform, NUnicodeString folder) {
 
 NIniFileStore::NIniFileStore(NUnicodeString root, NUnicodeString privateRoot, NPlatform& platform,
                              NIniFileStoreOptions options)
-    : m_root(Resolved(platform, std::move(root))),
-      m_privateRoot(Resolved(platform, std::move(privateRoot))),
+    : m_root(Resolved(platform, std::move(root), options)),
+      m_privateRoot(Resolved(platform, std::move(privateRoot), options)),
       m_platform(platform),
       m_options(options) {}
 

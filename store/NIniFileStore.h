@@ -14,6 +14,9 @@ struct NIniFileStoreOptions {
   bool syncOnSave = true;
   // A wait for a file's lock longer than this is logged, and goes on.
   std::chrono::milliseconds lockWarning{5000};
+  // The roots are given already resolved to their real paths, so the store
+  // takes them as they are.
+  bool rootsResolved = false;
 };
 
 // The INI folder store: a tree of keys kept as folders and ".ini" files

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <mutex>
+
 #include "base/NExport.h"
 #include "base/NUnicodeString.h"
 #include "store/NProfileStoreFactory.h"
@@ -20,4 +22,8 @@ class CFGDECK_API NIniFileStoreFactory final : public NProfileStoreFactory {
  private:
   NUnicodeString m_root;
   NUnicodeString m_privateRoot;
+  std::mutex m_mutex;  // guards the resolved roots
+  bool m_resolved = false;
+  NUnicodeString m_resolvedRoot;
+  NUnicodeString m_resolvedPrivateRoot;
 };

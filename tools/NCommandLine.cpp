@@ -9,8 +9,13 @@
 #include "location/NReportMessageParams.h"
 #include "platform/NConsole.h"
 #include "platform/NPlatform.h"
+#include "tools/NGlobalCommands.h"
+#include "tools/NPathCommands.h"
 #include "tools/NStoreCommands.h"
 #include "tools/NToolOutput.h"
+#include "location/NConfigFolder.h"
+#include "platform/NUserFolders.h"
+#include "uicore/NAppName.h"
 
 namespace {
 
@@ -32,8 +37,11 @@ int NCommandLine::Run(const std::vector<std::string>& args) {
                "Without a command, prints an overview of the configuration folder.",
                "cfgdeck");
   app.option_defaults()->always_capture_default();
-  app.add_option("--config", m_configFolder, "The configuration folder (default: the current folder)")
+  app.add_option("--config", m_configFolder,
+                 "The configuration folder (default: a Config folder beside the program holding global.ini, then "
+                 "the remembered Config Path, then a folder under the user's configuration directory)")
       ->option_text("DIR");
+  app.add_option("--app", m_appName, "The application name, which decides the product id")->option_text("NAME");
 
   std::string code;
   std::vector<std::string> messageArguments;
@@ -75,6 +83,18 @@ int NCommandLine::Run(const std::vector<std::string>& args) {
       "check", "Load every key under KEY (default: the whole folder), read every value, and report damaged files");
   check->add_option("KEY", key, "The key's path");
 
+  int productId = -1;
+  bool json = false, save = false;
+  CLI::App* global = app.add_subcommand("global", "Print every field of the global record, in declaration order");
+  global->add_option("--product", productId, "The product id the record is made for (-1: the application's)")
+      ->option_text("ID");
+  global->add_flag("--json", json, "One JSON object, keyed by the value names as bound for the product");
+  global->add_flag("--save", save, "Then save the record, unchanged values included");
+  CLI::App* product = app.add_subcommand(
+      "product", "Print the product ids, the installed companion applications and the shared cache's names");
+
+  NPathCommands paths(app);
+
   // CLI11 takes the arguments last first, without the program name.
   std::vector<std::string> reversed(args.rbegin(), args.rend());
   if (!reversed.empty()) reversed.pop_back();
@@ -92,8 +112,10 @@ int NCommandLine::Run(const std::vector<std::string>& args) {
     return kExitUsage;
   }
 
-  if (m_configFolder.empty()) m_configFolder = ".";
+  NSetAppName(NUnicodeString::FromUtf8(m_appName));
+  ResolveConfigFolder();
   if (message->parsed()) return Message(code, messageArguments);
+  if (paths.Parsed()) return paths.Run();
   NStoreCommands store(m_configFolder);
   if (dump->parsed()) return store.Dump(key);
   if (keys->parsed()) return store.Keys(key);
@@ -119,6 +141,8 @@ int NCommandLine::Run(const std::vector<std::string>& args) {
   if (remove->parsed()) return store.Delete(key, name);
   if (removeKey->parsed()) return store.DeleteKey(key);
   if (check->parsed()) return store.Check(key);
+  if (global->parsed()) return NGlobalCommands(m_configFolder, m_appName).Global(productId, json, save);
+  if (product->parsed()) return NGlobalCommands(m_configFolder, m_appName).Product();
   return Overview();
 }
 
@@ -134,4 +158,40 @@ int NCommandLine::Message(const std::string& code, const std::vector<std::string
   return kExitSuccess;
 }
 
-int NCommandLine::Overview() { return NStoreCommands(m_configFolder).Overview(); }
+void NCommandLine::ResolveConfigFolder() {
+  // As a host finds its folder: the portable layout first, then the folder
+  // the application remembers, then the user's own default.
+  if (!m_configFolder.empty()) {
+    m_foundBy = "--config";
+    return;
+  }
+  const std::u16string program = NPlatform::Default().ExecutablePath();
+  const std::size_t slash = program.find_last_of(u"\\/");
+  const NUnicodeString besideProgram =
+      GetAppConfigPathUnderExe(NUnicodeString(program.substr(0, slash == std::u16string::npos ? 0 : slash)).c_str());
+  if (!besideProgram.empty()) {
+    m_configFolder = besideProgram.ToUtf8();
+    m_foundBy = "beside the program";
+    return;
+  }
+  const NUnicodeString remembered = GetAppConfigPath(NUnicodeString::FromUtf8(m_appName).c_str());
+  if (!remembered.empty()) {
+    m_configFolder = remembered.ToUtf8();
+    m_foundBy = "the remembered Config Path";
+    return;
+  }
+  NUnicodeString fallback(NUserConfigRoot());
+  fallback += NPlatform::Default().PathSeparator();
+  fallback += NUnicodeString::FromUtf8(m_appName);
+  fallback += NPlatform::Default().PathSeparator();
+  fallback += u"Config";
+  m_configFolder = fallback.ToUtf8();
+  m_foundBy = "the default under the user's configuration directory";
+}
+
+int NCommandLine::Overview() {
+  NOut("Configuration folder: " + m_configFolder + " (" + m_foundBy + ")\n");
+  const int status = NStoreCommands(m_configFolder).Overview();
+  if (status != kExitSuccess) return status;
+  return NGlobalCommands(m_configFolder, m_appName).Summary();
+}

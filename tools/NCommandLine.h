@@ -13,8 +13,12 @@ class NCommandLine {
   int Run(const std::vector<std::string>& args);
 
  private:
+  // Fills m_configFolder, when --config did not, the way a host finds it.
+  void ResolveConfigFolder();
   int Overview();
   int Message(const std::string& code, const std::vector<std::string>& arguments);
 
   std::string m_configFolder;
+  std::string m_appName = "Skeldon";
+  std::string m_foundBy;  // how the configuration folder was found
 };

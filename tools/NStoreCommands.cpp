@@ -310,7 +310,6 @@ void CountSessions(const NIniFileStore& store, const NKeyPath& path, SessionCoun
 
 int NStoreCommands::Overview() {
   NPlatform& platform = m_store.Platform();
-  NOut("Configuration folder: " + m_folder + "\n");
   if (!platform.IsFolder(m_store.Root())) return Refuse("the configuration folder '" + m_folder + "' does not exist");
   NIniFileKey::Iterator top(platform, m_store.Root());
   NUnicodeString name;

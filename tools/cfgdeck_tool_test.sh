@@ -123,7 +123,7 @@ run "${cfg[@]}" delete-key Sessions/New
 check "deleting a missing key is refused" 1 "$status"
 
 run "${cfg[@]}" check
-check "check of a sound folder" $'8 keys, 43 values, 0 problems\n' "$out"
+check "check of a sound folder" $'8 keys, 44 values, 0 problems\n' "$out"
 check "check of a sound folder exits 0" 0 "$status"
 printf '\xef\xbb\xbfD:"a"=00000001\r\nd:"b"=00000002\r\n' > "$scratch/config/Sessions/bad.ini"
 : > "$scratch/config/Sessions/empty.ini"
@@ -134,6 +134,31 @@ check "check reports each damaged file" \
 check "check with problems exits 1" 1 "$status"
 run "${cfg[@]}" check Sessions/Nowhere
 check "check of a missing key is refused" 1 "$status"
+
+# ---- the global record and the product ----
+run "${cfg[@]}" global
+check "global exit" 0 "$status"
+[[ "$out" == *$'\nShow Toolbar=true\n'* && "$out" == *$'\nMin Tab Width=40\n'* ]]
+check "global prints stored values and defaults" 0 $?
+[[ "$out" == *$'\nHex View Font=Courier New\n'* && "$out" == *$'\nShow Toolbar PRW='* ]]
+check "global for the terminal product binds the plain names" 1 $?
+run "${cfg[@]}" global --product 9 --json
+check "global --json exit" 0 "$status"
+[[ "$out" == *'"Show Toolbar PRW": false'* && "$out" == *'"Min Tab Width": 40'* && "$out" != *'"Show Toolbar":'* ]]
+check "global --json binds the PRW names for product 9" 0 $?
+[[ "$out" == *'"Window Placement": "000102030405060708090a0b'* ]]; check "binary values are lower-case hex" 0 $?
+printf '\xef\xbb\xbfS:"Skeldon Tab State"=0,1,1\r\n' > "$scratch/config/global.ini"
+run "${cfg[@]}" global --save
+check "global --save exit" 0 "$status"
+run "${cfg[@]}" dump global
+[[ "$out" == *$'S:"Skeldon Tab State V2"=0,1,1;\r\n'* && "$out" == *$'S:"Skeldon Tab State"=0,1,1\r\n'* ]]
+check "a save writes the migrated tab state and keeps the old one" 0 $?
+run "${cfg[@]}" --app Vexa product
+check "product exit" 0 "$status"
+[[ "$out" == *$'Application product id: 9\n'* && "$out" == *$'Transfer product id: 9\n'* ]]
+check "product names the application's ids" 0 $?
+run "${cfg[@]}" global --product x
+check "a product id that is no number is bad usage" 2 "$status"
 
 echo "$((checks - failures)) passed, $failures failed"
 [[ $failures -eq 0 ]]

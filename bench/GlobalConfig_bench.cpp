@@ -1,0 +1,110 @@
+// GetGlobalConfig on a Global key that holds every value of the record,
+// against the floor of opening, locking, reading and closing that one file.
+
+#include <benchmark/benchmark.h>
+
+#include <filesystem>
+#include <memory>
+
+#include "config/GlobalConfig.h"
+#include "config/NConfigEntry.h"
+#include "platform/NPlatform.h"
+#include "store/NIniFileKey.h"
+#include "store/NIniFileStore.h"
+#include "store/NIniFileStoreFactory.h"
+#include "store/NTextFile.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// The range a key's lock covers, as the store takes it.
+constexpr std::uint64_t kLockOffset = 0;
+constexpr std::uint64_t kLockLength = 4;
+
+std::unique_ptr<NIniFileStoreFactory> g_factory;
+NProfileStoreFactory* Factory() { return g_factory.get(); }
+
+// A folder whose global.ini holds every field, written once per run.
+const fs::path& GlobalFolder() {
+  static const fs::path folder = [] {
+    const fs::path root = fs::temp_directory_path() / "cfgdeck-bench-global";
+    fs::remove_all(root);
+    fs::create_directories(root);
+    g_factory = std::make_unique<NIniFileStoreFactory>(NUnicodeString::FromUtf8(root.string()), NUnicodeString());
+    CfgdeckInitProfileFactory(&Factory);
+    GlobalConfig* config = nullptr;
+    GetGlobalConfig(config, 3);
+    SaveGlobalConfig(true);
+    FreeGlobalConfig();
+    return root;
+  }();
+  return folder;
+}
+
+void BM_GlobalFloorOpenLockReadClose(benchmark::State& state) {
+  const NUnicodeString path = NUnicodeString::FromUtf8((GlobalFolder() / "global.ini").string());
+  NPlatform& platform = NPlatform::Default();
+  std::string raw;
+  for (auto _ : state) {
+    NOpenOptions options;
+    options.noFollow = true;
+    std::unique_ptr<NFile> file;
+    if (!platform.OpenFile(path, options, &file) ||
+        !file->Lock(kLockOffset, kLockLength, NLockKind::kShared, NIniFileStoreOptions().lockWarning)) {
+      state.SkipWithError("global.ini could not be opened and locked");
+      return;
+    }
+    if (!NTextFile(*file).Read(&raw) || !file->Unlock(kLockOffset, kLockLength)) {
+      state.SkipWithError("global.ini could not be read");
+      return;
+    }
+    benchmark::DoNotOptimize(raw.data());
+  }
+  state.counters["bytes"] = static_cast<double>(raw.size());
+}
+
+void BM_GetGlobalConfig(benchmark::State& state) {
+  GlobalFolder();
+  std::size_t fields = 0;
+  for (auto _ : state) {
+    GlobalConfig* config = nullptr;
+    GetGlobalConfig(config, 3);
+    fields = config->Fields().size();
+    benchmark::DoNotOptimize(config);
+    FreeGlobalConfig();
+  }
+  state.counters["fields"] = static_cast<double>(fields);
+}
+
+// The record alone: its fields declared with their defaults, then freed.
+void BM_GlobalConfigDefaults(benchmark::State& state) {
+  for (auto _ : state) {
+    auto* config = new GlobalConfig(3);
+    benchmark::DoNotOptimize(config);
+    config->Release();
+  }
+}
+
+// The keys a load opens, without the record: the store and its root
+// alone (0), with "Global" (1), with the missing "QuickSync" (2), with both
+// (3).
+void BM_GlobalKeysOpen(benchmark::State& state) {
+  GlobalFolder();
+  const auto which = state.range(0);
+  for (auto _ : state) {
+    std::unique_ptr<NProfileStore> store = g_factory->CreateStore();
+    NReportMessageParams params;
+    std::unique_ptr<NProfileKey> root = store->OpenRootKey(true, params);
+    std::unique_ptr<NProfileKey> global = which & 1 ? root->OpenSubKey(u"global", params) : nullptr;
+    std::unique_ptr<NProfileKey> quickSync = which & 2 ? root->OpenSubKey(u"QuickSync", params) : nullptr;
+    benchmark::DoNotOptimize(quickSync.get());
+  }
+}
+
+BENCHMARK(BM_GlobalConfigDefaults)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_GlobalKeysOpen)->DenseRange(0, 3)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_GlobalFloorOpenLockReadClose)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_GetGlobalConfig)->Unit(benchmark::kMicrosecond);
+
+}  // namespace

@@ -1,0 +1,350 @@
+#include "config/GlobalConfig.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "base/OutOfRange.h"
+#include "config/NConfigEntry.h"
+#include "config/NConfigTestFolder.h"
+#include "config/NInstallation.h"
+#include "uicore/NAppName.h"
+
+namespace {
+
+std::int64_t Number(const GlobalConfig& config, std::u16string_view name) {
+  const NProfileData* field = config.FindField(name);
+  EXPECT_TRUE(field) << NUnicodeString(name).ToUtf8();
+  if (!field) return -1;
+  const NFieldValue value = field->Describe();
+  return value.kind == NFieldValue::Kind::kBoolean ? value.boolean : value.number;
+}
+
+NUnicodeString Text(const GlobalConfig& config, std::u16string_view name) {
+  const NProfileData* field = config.FindField(name);
+  EXPECT_TRUE(field) << NUnicodeString(name).ToUtf8();
+  return field ? field->Describe().text : NUnicodeString();
+}
+
+TEST(GlobalConfigRecord, DefaultsMatchTheTable) {
+  const GlobalConfig config(3);
+  const std::pair<std::u16string_view, std::int64_t> numbers[] = {
+      {u"Alt Selects Menu", 1}, {u"Check Shell Telnet Command", 1}, {u"Active Window Alpha Transparency", 255},
+      {u"Inactive Window Alpha Transparency", 255}, {u"Connected Color", 0x28C828}, {u"Disconnected Color", 0x0000FF},
+      {u"New Input Color", 0xFF0000}, {u"Locked Color", 0xAAAAAA}, {u"Background Connected Color", 0xAAFFAA},
+      {u"Background Disconnected Color", 0xAAAAFF}, {u"Background New Input Color", 0xFFC88C},
+      {u"Background Inactivity Color", 0xA0FFFF}, {u"Background Locked Color", 0xAAAAAA},
+      {u"Show Status Indicators", 1}, {u"Status Indicator Width", 2}, {u"Min Tab Width", 40},
+      {u"Close Button On Tabs", 1}, {u"Inactivity Timeout Value", 5000}, {u"Auto Reconnect Interval", 5},
+      {u"Show Menu Bar", 1}, {u"Show Status Bar", 1}, {u"Show Session Manager", 1}, {u"Show Connect Bar", 1},
+      {u"Show Session Tabs", 1}, {u"Max Chat Window History", 200}, {u"Hex View Buffer", 100},
+      {u"Max Scrollback Buffer Size", 128000}, {u"Vertical Scrollbar", 1}, {u"Save New Connect Entries", 1},
+      {u"Open Sessions In Tab", 1}, {u"View Left Margin", 3}, {u"MRU Count", 4}, {u"Script MRU Count", 10},
+      {u"Line Send Delay", 5}, {u"Limit Windows Taskbar Preview Thumbnails", 1}, {u"Zoom on Ctrl Scrollwheel", 1},
+      {u"HTTP Use Registry Entry", 1}, {u"New Session Uses Wizard", 1}, {u"Verify Retrieve File Status", 1},
+      {u"Retry Attempts", 20}, {u"Retry Delay", 10}, {u"Hide Dot Files", 1}, {u"Transfer View Number Style", 2},
+      {u"Display Folder Tree", 1}, {u"Display Log", 1}, {u"Prompt to Resume on Connect", 1},
+      {u"Log Topic Request Text Color", 0xFFFFFFFF}, {u"Log Topic Response Text Color", 0xFFFFFFFF},
+      {u"Log Topic Information Text Color", 0xFFFFFFFF}, {u"Log Topic Warning Text Color", 0xFFFFFFFF},
+      {u"Log Topic Error Text Color", 0xFFFFFFFF}, {u"Show Transfer Queue Window", 1},
+      {u"Transfer Queue Height", 150}, {u"Show Window Toolbar", 1}, {u"Keep Shared Memory Agent Open", 1},
+      {u"Maximum Parallel Transfers", 1}, {u"Refresh Delay", 900}, {u"Show Sessions Dialog", 1},
+      {u"Remote Edit Upload On Modify V2", 1}, {u"SKLD Firewall Migrated", 0}, {u"Right Click Popup Shown", 0},
+      {u"Show Toolbar", 0}, {u"Tftp Server Port", 0}};
+  for (const auto& [name, expected] : numbers) {
+    EXPECT_EQ(Number(config, name), expected) << NUnicodeString(name).ToUtf8();
+  }
+  const std::pair<std::u16string_view, std::u16string_view> texts[] = {
+      {u"Local ExplorerFrame State", u"1,-1,200"},      {u"Parrow Local Tab State", u"1,-1,200"},
+      {u"Remote ExplorerFrame State", u"1,1000,200"},   {u"Parrow Remote Tab State", u"1,1000,200"},
+      {u"Synchronize ExplorerFrame State", u"1,0,-1"},  {u"Session Options Tree Selected", u"Session+"},
+      {u"Global Options Tree State", u"1001000100"},    {u"Global Options Tree Selected", u"Global+"},
+      {u"Session Options Tree State", u"1010000101010010"}, {u"Hex View Font", u"Courier New"},
+      {u"Skeldon Tab State V2", u"1,1,0;"},             {u"Parrow Tab State V2", u"1,1,0;0"},
+      {u"Version", u""}};
+  for (const auto& [name, expected] : texts) {
+    EXPECT_EQ(Text(config, name), expected) << NUnicodeString(name).ToUtf8();
+  }
+}
+
+TEST(GlobalConfigRecord, EveryValueNameIsDeclaredOnce) {
+  const GlobalConfig config(3);
+  std::set<NUnicodeString> names;
+  for (const NProfileData* field : config.Fields()) {
+    EXPECT_TRUE(names.insert(NUnicodeString(field->Name())).second) << NUnicodeString(field->Name()).ToUtf8();
+  }
+  EXPECT_EQ(names.size(), 271u);
+}
+
+TEST(GlobalConfigRecord, TransferProductsBindThePrwNames) {
+  const std::u16string_view plain[] = {u"Use Dockable Session Manager", u"Show Toolbar", u"Show Menu Bar",
+                                       u"Show Status Bar", u"Show Session Manager", u"Session Manager Window State",
+                                       u"Use Auto Session", u"Auto Session Name", u"Use Remembered Sessions"};
+  for (const int product : {6, 9}) {
+    const GlobalConfig config(product);
+    for (std::u16string_view name : plain) {
+      EXPECT_FALSE(config.FindField(name)) << product;
+      EXPECT_TRUE(config.FindField(NUnicodeString(name) + u" PRW")) << product;
+    }
+    EXPECT_TRUE(config.FindField(u"Remembered Sessions List PRW"));
+    EXPECT_FALSE(config.FindField(u"Remembered Sessions List V2"));
+  }
+  for (const int product : {-1, 3, 8}) {
+    const GlobalConfig config(product);
+    EXPECT_TRUE(config.FindField(u"Show Toolbar")) << product;
+    EXPECT_FALSE(config.FindField(u"Show Toolbar PRW")) << product;
+    EXPECT_TRUE(config.FindField(u"Remembered Sessions List V2")) << product;
+  }
+}
+
+class GlobalConfigFolderTest : public testing::Test {
+ protected:
+  void TearDown() override {
+    FreeGlobalConfig();
+    NSetAppName(u"");
+    NInstallation::ResetForTesting();
+  }
+  NConfigTestFolder m_folder;
+};
+
+TEST_F(GlobalConfigFolderTest, PrwProductsReadTheirOwnValue) {
+  auto key = m_folder.Key("Global");
+  key->SetDwordValue(u"Show Toolbar", 1);
+  key->SetDwordValue(u"Show Toolbar PRW", 0);
+  key->SetDwordValue(u"Show Menu Bar PRW", 0);
+  GlobalConfig terminal(3), vexa(9);
+  terminal.Load(*key, nullptr);
+  vexa.Load(*key, nullptr);
+  EXPECT_TRUE(terminal.m_showToolbar.Get());
+  EXPECT_FALSE(vexa.m_showToolbar.Get());
+  EXPECT_TRUE(terminal.m_showMenuBar.Get());
+  EXPECT_FALSE(vexa.m_showMenuBar.Get());
+}
+
+TEST_F(GlobalConfigFolderTest, TabStateMigratesOnlyWhenTheNewNameIsAbsent) {
+  {
+    auto key = m_folder.Key("Global");
+    key->SetStringValue(u"Skeldon Tab State", u"0,1,1");
+    key->SetStringValue(u"Parrow Tab State", u"1,0,0");
+    key->SetStringValue(u"Parrow Tab State V2", u"0,0,0;1");
+    ASSERT_TRUE(key->Flush());
+  }
+  auto key = m_folder.Key("Global");
+  GlobalConfig config(3);
+  config.Load(*key, nullptr);
+  EXPECT_EQ(config.m_skeldonTabState.Get(), u"0,1,1;") << "old only: converted";
+  EXPECT_EQ(config.m_parrowTabState.Get(), u"0,0,0;1") << "both: the new one wins";
+  NReportMessageParams params;
+  ASSERT_TRUE(config.Save(*m_folder.Key(""), *key, false, params));
+  auto reread = m_folder.Key("Global");
+  NUnicodeString v2, old;
+  EXPECT_TRUE(reread->GetStringValue(u"Skeldon Tab State V2", &v2));
+  EXPECT_EQ(v2, u"0,1,1;");
+  EXPECT_TRUE(reread->GetStringValue(u"Skeldon Tab State", &old));
+  EXPECT_EQ(old, u"0,1,1") << "the predecessor is left as it was";
+}
+
+TEST_F(GlobalConfigFolderTest, TabStateConversionKeepsTheDefaultsTail) {
+  EXPECT_EQ(GlobalConfig::ConvertTabState(u"1,0,1", u"1,1,0;0"), u"1,0,1;0");
+  EXPECT_EQ(GlobalConfig::ConvertTabState(u"1,0,1", u"1,1,0;"), u"1,0,1;");
+  EXPECT_EQ(GlobalConfig::ConvertTabState(u"1,0,1;5", u"1,1,0;0"), u"1,0,1;5");
+}
+
+TEST_F(GlobalConfigFolderTest, RememberedSessionsMigrateFromEitherOldForm) {
+  auto key = m_folder.Key("Global");
+  key->SetStringValue(u"Remembered Sessions List", u"Lab\\a;;Lab\\b");
+  GlobalConfig config(3);
+  config.Load(*key, nullptr);
+  ASSERT_EQ(config.m_rememberedSessions.Get().size(), 2u);
+  EXPECT_EQ(config.m_rememberedSessions.Get()[1], u"Lab\\b");
+
+  NStringArray list;
+  list.Add(NUnicodeString(u"x"));
+  key->SetMultiStringValue(u"Remembered Sessions List", list);
+  GlobalConfig fromMulti(3);
+  fromMulti.Load(*key, nullptr);
+  EXPECT_EQ(fromMulti.m_rememberedSessions.Get(), list);
+
+  NStringArray newer;
+  newer.Add(NUnicodeString(u"new"));
+  key->SetMultiStringValue(u"Remembered Sessions List V2", newer);
+  GlobalConfig both(3);
+  both.Load(*key, nullptr);
+  EXPECT_EQ(both.m_rememberedSessions.Get(), newer) << "both present: the old one is ignored";
+
+  GlobalConfig transfer(6);
+  transfer.Load(*key, nullptr);
+  EXPECT_TRUE(transfer.m_rememberedSessions.Get().empty()) << "the PRW list has no predecessor";
+}
+
+TEST_F(GlobalConfigFolderTest, RemoteEditUploadOnModifyIgnoresItsPredecessor) {
+  auto key = m_folder.Key("Global");
+  key->SetDwordValue(u"Remote Edit Upload On Modify", 0);
+  GlobalConfig config(6);
+  config.Load(*key, nullptr);
+  EXPECT_TRUE(config.m_remoteEditUploadOnModify.Get());
+}
+
+TEST_F(GlobalConfigFolderTest, MissingGlobalKeyGivesTheDefaults) {
+  GlobalConfig* config = nullptr;
+  GetGlobalConfig(config, 3);
+  ASSERT_TRUE(config);
+  const GlobalConfig defaults(3);
+  for (std::size_t i = 0; i < config->Fields().size(); ++i) {
+    const NFieldValue a = config->Fields()[i]->Describe();
+    const NFieldValue b = defaults.Fields()[i]->Describe();
+    if (config->Fields()[i] == &config->m_quennUpdatePromptDate) continue;  // the time of construction
+    EXPECT_TRUE(a.boolean == b.boolean && a.number == b.number && a.text == b.text && a.strings == b.strings &&
+                a.bytes == b.bytes)
+        << NUnicodeString(config->Fields()[i]->Name()).ToUtf8();
+  }
+}
+
+TEST_F(GlobalConfigFolderTest, SaveAndReloadRoundTripWithQuickSync) {
+  GlobalConfig* config = nullptr;
+  GetGlobalConfig(config, 3);
+  config->m_minTabWidth = 77;
+  config->m_hexViewFont = NUnicodeString(u"Mono");
+  config->m_quickSync.m_remoteFolder = NUnicodeString(u"/srv");
+  SaveGlobalConfig(false);
+  EXPECT_TRUE(std::filesystem::exists(m_folder.Root() / "QuickSync.ini"));
+
+  GlobalConfig* reloaded = nullptr;
+  ReloadGlobalConfig(reloaded);
+  ASSERT_TRUE(reloaded);
+  EXPECT_NE(reloaded, config);
+  EXPECT_EQ(reloaded->m_minTabWidth.Get(), 77);
+  EXPECT_EQ(reloaded->m_hexViewFont.Get(), u"Mono");
+  EXPECT_EQ(reloaded->m_quickSync.m_remoteFolder.Get(), u"/srv");
+  NUnicodeString version;
+  EXPECT_TRUE(m_folder.Key("Global")->GetStringValue(u"Version", &version));
+  EXPECT_EQ(version, GlobalConfig::kFormatIdentifiers[0]) << "a save stamps the format";
+}
+
+TEST_F(GlobalConfigFolderTest, OneRecordWhateverTheProductOfLaterCalls) {
+  GlobalConfig* first = nullptr;
+  GlobalConfig* second = nullptr;
+  GetGlobalConfig(first, 9);
+  GetGlobalConfig(second, 3);
+  EXPECT_EQ(first, second);
+  EXPECT_EQ(second->ProductId(), 9);
+}
+
+TEST_F(GlobalConfigFolderTest, AnotherOwnersReferenceOutlivesFreeResetAndReload) {
+  GlobalConfig* config = nullptr;
+  GetGlobalConfig(config, 3);
+  config->AddRef();  // another owner
+  config->m_minTabWidth = 55;
+  FreeGlobalConfig();
+  EXPECT_EQ(config->m_minTabWidth.Get(), 55) << "still alive for its other owner";
+  GlobalConfig* fresh = nullptr;
+  GetGlobalConfig(fresh, 3);
+  EXPECT_NE(fresh, config);
+  EXPECT_EQ(config->Release(), 0u);
+
+  fresh->AddRef();
+  GlobalConfig* caller = fresh;
+  ResetGlobalConfig(caller);
+  EXPECT_EQ(caller, nullptr);
+  EXPECT_EQ(fresh->Release(), 0u) << "reset dropped exactly the library's reference";
+
+  GlobalConfig* current = nullptr;
+  GetGlobalConfig(current, 3);
+  current->AddRef();
+  GlobalConfig* replaced = nullptr;
+  ReloadGlobalConfig(replaced);
+  EXPECT_NE(replaced, current);
+  EXPECT_EQ(current->Release(), 0u) << "reload dropped exactly the library's reference";
+}
+
+TEST_F(GlobalConfigFolderTest, FunctionsDoNothingWithoutARecord) {
+  GlobalConfig* config = reinterpret_cast<GlobalConfig*>(1);
+  ResetGlobalConfig(config);
+  EXPECT_EQ(config, nullptr);
+  SaveGlobalConfig(true);
+  MergeGlobalConfig(*m_folder.Key("Global"));
+  FreeGlobalConfig();
+  EXPECT_FALSE(std::filesystem::exists(m_folder.Root() / "global.ini"));
+}
+
+TEST_F(GlobalConfigFolderTest, MergeKeepsThePassphraseAndTheStateFlag) {
+  GlobalConfig* config = nullptr;
+  GetGlobalConfig(config, 3);
+  config->m_configPassphrase = NEncryptedString::FromStored(NUnicodeString(u"mine"));
+  config->SetStateFlag(3);
+  auto other = m_folder.Key("Other");
+  other->SetStringValue(u"Config Passphrase", u"theirs");
+  other->SetDwordValue(u"Min Tab Width", 99);
+  MergeGlobalConfig(*other);
+  EXPECT_EQ(config->m_minTabWidth.Get(), 99);
+  EXPECT_EQ(config->m_configPassphrase.Get().Stored(), u"mine");
+  EXPECT_EQ(config->StateFlag(), 3);
+}
+
+TEST_F(GlobalConfigFolderTest, ProductIdsComeFromTheWholeApplicationName) {
+  const std::pair<std::u16string_view, int> cases[] = {{u"Skeldon", 3}, {u"kindler", 3}, {u"PARROW", 6},
+                                                       {u"Tunnex", 8},  {u"vexa", 9},    {u"Skeldon2", -1},
+                                                       {u"Parro", -1},  {u"xVexa", -1},  {u"", -1}};
+  for (const auto& [name, id] : cases) EXPECT_EQ(NInstallation::ProductIdOfName(name), id) << NUnicodeString(name).ToUtf8();
+  NSetAppName(u"Vexa");
+  EXPECT_EQ(GetAppProductID(), 9);
+  EXPECT_EQ(GetTransferAppProductID(), 9);
+  for (std::u16string_view app : {u"Skeldon", u"Parrow", u"Tunnex", u"Other"}) {
+    NSetAppName(app);
+    EXPECT_EQ(GetTransferAppProductID(), 6);
+  }
+  SetCurrentAppProductID(42);
+  EXPECT_EQ(GetCurrentAppProductID(), 42) << "kept as declared, not interpreted";
+}
+
+TEST_F(GlobalConfigFolderTest, InstallationPredicates) {
+  NSetAppName(u"Vexa");
+  SetSkeldonInstalled(true);
+  SetParrowInstalled(true);
+  EXPECT_FALSE(IsIntegrated()) << "product 9 is never integrated";
+  EXPECT_TRUE(HasIntegratedProtocols());
+  NSetAppName(u"Skeldon");
+  NUnicodeString partner(u"with ");
+  EXPECT_TRUE(IsIntegrated(partner));
+  EXPECT_EQ(partner, u"with Parrow");
+  NSetAppName(u"Parrow");
+  partner.clear();
+  EXPECT_TRUE(IsIntegrated(partner));
+  EXPECT_EQ(partner, u"Skeldon");
+  EXPECT_TRUE(CanLaunchTerminalApp());
+  EXPECT_TRUE(HasSecureTerminalProtocols());
+  EXPECT_TRUE(CanLaunchFileTransferApp());
+  SetSkeldonInstalled(false);
+  EXPECT_FALSE(HasTerminalProtocols());
+  EXPECT_FALSE(IsIntegrated());
+  EXPECT_STREQ(reinterpret_cast<const char*>(GetSkeldonPath()), "") << "no path for what is not installed";
+}
+
+TEST_F(GlobalConfigFolderTest, HolletIsTheTerminalApplicationsFifthEmulation) {
+  NSetAppName(u"Skeldon");
+  CfgdeckInit(nullptr, 0);
+  EXPECT_TRUE(HasHolletEmulation());
+  NSetAppName(u"Migrate");
+  CfgdeckInit(nullptr, 0);
+  EXPECT_FALSE(HasHolletEmulation()) << "the migration tool builds the table of no product";
+  NSetAppName(u"Parrow");
+  CfgdeckInit(nullptr, 0);
+  EXPECT_THROW(HasHolletEmulation(), OutOfRange);
+  EXPECT_EQ(GetIconStatusArray().size(), 4u);
+  CfgdeckCleanupForUnload();
+  EXPECT_TRUE(GetIconStatusArray().empty());
+}
+
+TEST_F(GlobalConfigFolderTest, SharedCacheNamesCarryTheProductUnlessIntegrated) {
+  NSetAppName(u"Skeldon");
+  SetSkeldonInstalled(true);
+  SetParrowInstalled(true);
+  NStringArray names = NInstallation::SharedCacheNames();
+  ASSERT_EQ(names.size(), 2u);
+  EXPECT_EQ(names[0], u"{BE251B73-D0CC-49D6-BAD8-73E1DF33D0DE}");
+  SetParrowInstalled(false);
+  names = NInstallation::SharedCacheNames();
+  EXPECT_EQ(names[1], u"{4F896D0D-BE15-474B-9673-7EE8C3FB12223}");
+}
+
+}  // namespace

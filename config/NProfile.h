@@ -1,0 +1,234 @@
+#pragma once
+
+#include <charconv>
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <type_traits>
+#include <utility>
+
+#include "base/NStringArray.h"
+#include "config/NConfigTypes.h"
+#include "config/NProfileData.h"
+
+// What a field holds, in a form tools can print without knowing its type.
+struct NFieldValue {
+  enum class Kind { kBoolean, kNumber, kString, kStrings, kBytes };
+  Kind kind = Kind::kNumber;
+  bool boolean = false;
+  std::int64_t number = 0;
+  NUnicodeString text;
+  NStringArray strings;
+  NBytes bytes;
+};
+
+// Storage kinds: how a field's type is kept in one kind of store value.
+// Each offers Read (true and the value when present and convertible, else
+// false with the value untouched), Write, Kind, and Describe.
+
+// DWORD values: booleans, 8-, 16- and 32-bit integers, tri-states, colours.
+struct NProfileDword {
+  template <typename T>
+  static bool Read(const NProfileKey& key, std::u16string_view name, T* value) {
+    std::uint32_t stored;
+    if (!key.GetDwordValue(name, &stored)) return false;
+    if constexpr (std::is_same_v<T, bool>) {
+      *value = stored != 0;
+    } else {
+      *value = static_cast<T>(stored);  // narrower integers keep their low bits
+    }
+    return true;
+  }
+  template <typename T>
+  static bool Write(NProfileKey& key, std::u16string_view name, const T& value) {
+    if constexpr (std::is_same_v<T, NTriState>) {
+      if (value == NTriState::kDefault) return true;  // the third state writes nothing
+    }
+    std::uint32_t stored;
+    if constexpr (std::is_enum_v<T>) {
+      stored = static_cast<std::uint32_t>(value);
+    } else if constexpr (std::is_signed_v<T>) {
+      stored = static_cast<std::uint32_t>(static_cast<std::int32_t>(value));
+    } else {
+      stored = static_cast<std::uint32_t>(value);
+    }
+    return key.SetDwordValue(name, stored);
+  }
+  template <typename T>
+  static NFieldValue Describe(const T& value) {
+    NFieldValue out;
+    if constexpr (std::is_same_v<T, bool>) {
+      out.kind = NFieldValue::Kind::kBoolean;
+      out.boolean = value;
+    } else if constexpr (std::is_enum_v<T>) {
+      out.number = static_cast<std::int64_t>(value);
+    } else {
+      out.number = static_cast<std::int64_t>(value);
+    }
+    return out;
+  }
+};
+
+// String values: texts, encrypted strings, and file times (as the decimal
+// count of their ticks).
+struct NProfileSz {
+  static bool Read(const NProfileKey& key, std::u16string_view name, NUnicodeString* value) {
+    return key.GetStringValue(name, value);
+  }
+  static bool Write(NProfileKey& key, std::u16string_view name, const NUnicodeString& value) {
+    return key.SetStringValue(name, value);
+  }
+  static NFieldValue Describe(const NUnicodeString& value) { return Text(value); }
+
+  static bool Read(const NProfileKey& key, std::u16string_view name, NEncryptedString* value) {
+    NUnicodeString stored;
+    if (!key.GetStringValue(name, &stored)) return false;
+    *value = NEncryptedString::FromStored(std::move(stored));
+    return true;
+  }
+  static bool Write(NProfileKey& key, std::u16string_view name, const NEncryptedString& value) {
+    return key.SetStringValue(name, value.Stored());
+  }
+  static NFieldValue Describe(const NEncryptedString& value) { return Text(value.Stored()); }
+
+  static bool Read(const NProfileKey& key, std::u16string_view name, NFileTime* value);
+  static bool Write(NProfileKey& key, std::u16string_view name, const NFileTime& value);
+  static NFieldValue Describe(const NFileTime& value);
+
+ private:
+  static NFieldValue Text(const NUnicodeString& value) {
+    NFieldValue out;
+    out.kind = NFieldValue::Kind::kString;
+    out.text = value;
+    return out;
+  }
+};
+
+// Multi-string values: string lists.
+struct NProfileMultiSz {
+  static bool Read(const NProfileKey& key, std::u16string_view name, NStringArray* value) {
+    return key.GetMultiStringValue(name, value);
+  }
+  static bool Write(NProfileKey& key, std::u16string_view name, const NStringArray& value) {
+    return key.SetMultiStringValue(name, value);
+  }
+  static NFieldValue Describe(const NStringArray& value) {
+    NFieldValue out;
+    out.kind = NFieldValue::Kind::kStrings;
+    out.strings = value;
+    return out;
+  }
+};
+
+// Binary values: fixed structures, read only when the stored length is
+// exactly theirs, and variable byte strings.
+struct NProfileBinary {
+  template <NFixedStructure T>
+  static bool Read(const NProfileKey& key, std::u16string_view name, T* value) {
+    std::uint32_t length = 0;
+    if (!key.GetBinaryValue(name, nullptr, &length) || length != sizeof(T)) return false;
+    T read;
+    if (!key.GetBinaryValue(name, &read, &length) || length != sizeof(T)) return false;
+    *value = read;
+    return true;
+  }
+  template <NFixedStructure T>
+  static bool Write(NProfileKey& key, std::u16string_view name, const T& value) {
+    return key.SetBinaryValue(name, &value, sizeof(T));
+  }
+  template <NFixedStructure T>
+  static NFieldValue Describe(const T& value) {
+    return Bytes(NBytes(reinterpret_cast<const char*>(&value), sizeof(T)));
+  }
+
+  static bool Read(const NProfileKey& key, std::u16string_view name, NBytes* value);
+  static bool Write(NProfileKey& key, std::u16string_view name, const NBytes& value) {
+    return key.SetBinaryValue(name, value.data(), static_cast<std::uint32_t>(value.size()));
+  }
+  static NFieldValue Describe(const NBytes& value) { return Bytes(value); }
+
+ private:
+  static NFieldValue Bytes(NBytes bytes) {
+    NFieldValue out;
+    out.kind = NFieldValue::Kind::kBytes;
+    out.bytes = std::move(bytes);
+    return out;
+  }
+};
+
+// A typed field: a value of type T kept in the store kind `Data`, with its
+// default, its current value and the value last loaded or saved.
+template <typename T, typename Data>
+class NProfile2 final : public NProfileData {
+ public:
+  NProfile2(NProfileRecord* record, std::u16string_view name, T defaultValue = T())
+      : NProfileData(record, name), m_default(defaultValue), m_value(m_default), m_loaded(m_default) {}
+
+  const T& Get() const { return m_value; }
+  const T& Loaded() const { return m_loaded; }
+  const T& Default() const { return m_default; }
+  operator const T&() const { return m_value; }
+  void Set(T value) { m_value = std::move(value); }
+  NProfile2& operator=(T value) {
+    m_value = std::move(value);
+    return *this;
+  }
+  // Takes the other field's current value.
+  void CopyFrom(const NProfile2& other) { m_value = other.m_value; }
+  // Makes `value` the current and the loaded value, as a read would.
+  void Load(T value) {
+    m_value = value;
+    m_loaded = std::move(value);
+    m_touched = false;
+  }
+  // Counts the field as modified until it is saved, whatever it holds: a
+  // value converted from an older name must reach its new name.
+  void Touch() { m_touched = true; }
+
+  bool Read(const NProfileKey& key) override {
+    T value;
+    if (!Data::Read(key, Name(), &value)) return false;
+    Load(std::move(value));
+    return true;
+  }
+  bool Write(NProfileKey& key, bool all) override {
+    if (!all && !IsModified()) return true;
+    if (!Data::Write(key, Name(), m_value)) return false;
+    m_loaded = m_value;
+    m_touched = false;
+    return true;
+  }
+  bool IsModified() const override { return m_touched || !(m_value == m_loaded); }
+  void Revert() override {
+    m_value = m_loaded;
+    m_touched = false;
+  }
+  void Reset() override {
+    m_value = m_default;
+    m_loaded = m_default;
+    m_touched = false;
+  }
+  NFieldValue Describe() const override { return Data::Describe(m_value); }
+
+ private:
+  T m_default;
+  T m_value;
+  T m_loaded;
+  bool m_touched = false;
+};
+
+template <typename T>
+using NProfile = NProfile2<T, NProfileDword>;
+using NProfileBool = NProfile<bool>;
+using NProfileInt = NProfile<std::int32_t>;
+using NProfileUInt = NProfile<std::uint32_t>;
+using NProfileShort = NProfile<std::int16_t>;
+using NProfileTriState = NProfile<NTriState>;
+using NProfileColor = NProfile<NColor>;
+using NProfileString = NProfile2<NUnicodeString, NProfileSz>;
+using NProfileEncrypted = NProfile2<NEncryptedString, NProfileSz>;
+using NProfileTime = NProfile2<NFileTime, NProfileSz>;
+using NProfileStrings = NProfile2<NStringArray, NProfileMultiSz>;
+template <typename T>
+using NProfileStruct = NProfile2<T, NProfileBinary>;
+using NProfileBytes = NProfile2<NBytes, NProfileBinary>;

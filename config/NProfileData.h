@@ -1,0 +1,78 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+#include <vector>
+
+#include "base/NUnicodeString.h"
+#include "store/NProfileKey.h"
+
+class NProfileRecord;
+struct NFieldValue;
+
+// One typed field of a record, bound to a value name under the record's
+// key. The typed fields (NProfile2 and its aliases) derive from it; a record
+// walks its fields through this interface to load and save them.
+class NProfileData {
+ public:
+  // Registers the field with `record`, in declaration order. `name` must
+  // outlive the field (records pass literals).
+  NProfileData(NProfileRecord* record, std::u16string_view name);
+  NProfileData(const NProfileData&) = delete;
+  NProfileData& operator=(const NProfileData&) = delete;
+  virtual ~NProfileData() = default;
+
+  std::u16string_view Name() const { return m_name; }
+  // Binds the field to another value name, kept in the field.
+  void Rename(std::u16string_view name) {
+    m_ownedName = NUnicodeString(name);
+    m_name = m_ownedName;
+  }
+
+  // Reads the value from `key`: true when it was present and readable, and
+  // is then both the current and the loaded value. Otherwise the field keeps
+  // what it holds.
+  virtual bool Read(const NProfileKey& key) = 0;
+  // Writes the value to `key` when it is modified, or always when `all`;
+  // the written value becomes the loaded one. False when the key refused it.
+  virtual bool Write(NProfileKey& key, bool all) = 0;
+  // Current value differs from the one last loaded or saved.
+  virtual bool IsModified() const = 0;
+  // Takes the loaded value back.
+  virtual void Revert() = 0;
+  // Takes the default back, as current and as loaded value.
+  virtual void Reset() = 0;
+  // The current value, for printing.
+  virtual NFieldValue Describe() const = 0;
+
+ private:
+  std::u16string_view m_name;
+  NUnicodeString m_ownedName;  // only for a renamed field
+};
+
+// A record: the fields declared in it, in declaration order.
+class NProfileRecord {
+ public:
+  NProfileRecord() = default;
+  // Fields point back at their record: a record is never copied or moved.
+  NProfileRecord(const NProfileRecord&) = delete;
+  NProfileRecord& operator=(const NProfileRecord&) = delete;
+  virtual ~NProfileRecord() = default;
+
+  const std::vector<NProfileData*>& Fields() const { return m_fields; }
+  // The field bound to `name`, or null. For tools and tests; hosts read the
+  // members.
+  NProfileData* FindField(std::u16string_view name) const;
+
+  // Reads every field from `key`; the count of values found.
+  std::size_t ReadFields(const NProfileKey& key);
+  // Writes every field with the save flag `all`; false when any was refused.
+  bool WriteFields(NProfileKey& key, bool all);
+  bool IsModified() const;
+  void Revert();
+  void Reset();
+
+ private:
+  friend class NProfileData;
+  std::vector<NProfileData*> m_fields;
+};

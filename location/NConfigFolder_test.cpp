@@ -1,0 +1,279 @@
+#include "location/NConfigFolder.h"
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <chrono>
+#include <filesystem>
+
+#include "location/NRegistryBase.h"
+#include "location/NReportMessageRouter.h"
+#include "platform/testing/NTestFiles.h"
+#include "store/NIniFileStoreFactory.h"
+#include "store/NRegistryAccess.h"
+#include "uicore/NAppName.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+constexpr std::string_view kBom = "\xEF\xBB\xBF";
+constexpr std::string_view kCurrentVersion = "7B2F2717-85C8-4729-8394-3B7697039CEB 9.4";
+
+class TraceRecorder final : public NReportMessageRouter {
+ public:
+  void RouteMessage(const NReportMessageParams&) override {}
+  void Trace(std::u16string_view line) override { lines.push_back(NUnicodeString(line).ToUtf8()); }
+  std::vector<std::string> lines;
+};
+TraceRecorder* g_traces = nullptr;
+NReportMessageRouter* Traces() { return g_traces; }
+
+std::vector<NReportMessageParams> g_reports;
+void Report(const NReportMessageParams& params) { g_reports.push_back(params); }
+
+NIniFileStoreFactory* g_factory = nullptr;
+NProfileStoreFactory* Factory() { return g_factory; }
+
+std::u16string U16(const fs::path& path) { return NUnicodeString::FromUtf8(path.string()); }
+
+class NConfigFolderTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    m_dir = fs::path(testing::TempDir()) /
+            ("cfgdeck_folder_" + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
+    fs::remove_all(m_dir);
+    fs::create_directories(m_dir);
+    ::setenv("CFGDECK_REGISTRY_DIR", (m_dir / "registry").c_str(), 1);
+    NResetRegistryBase();
+    NSetAppName(u"Skeldon");
+    g_traces = &m_traces;
+    NSetReportMessageRouterGetter(&Traces);
+    g_reports.clear();
+  }
+  void TearDown() override {
+    CfgdeckInitProfileFactory(nullptr);
+    g_factory = nullptr;
+    NSetReportMessageRouterGetter(nullptr);
+    NSetAppName(u"");
+    NResetRegistryBase();
+    ::unsetenv("CFGDECK_REGISTRY_DIR");
+    fs::remove_all(m_dir);
+  }
+
+  // A configuration folder whose global file is `globalName` with the given
+  // "Version", and optionally a redirect.
+  fs::path MakeFolder(const std::string& name, std::string_view version, std::string_view redirect = {},
+                      const std::string& globalName = "Global.ini") {
+    const fs::path folder = m_dir / name;
+    NWriteFileBytes(folder / globalName, std::string(kBom) + "S:\"Version\"=" + std::string(version) + "\r\n");
+    if (!redirect.empty()) {
+      NWriteFileBytes(folder / "NSWRedirect.ini",
+                      std::string(kBom) + "S:\"New Config Path\"=" + std::string(redirect) + "\r\n");
+    }
+    return folder;
+  }
+
+  void UseFactoryFor(const fs::path& folder) {
+    m_factory = std::make_unique<NIniFileStoreFactory>(U16(folder), NUnicodeString());
+    g_factory = m_factory.get();
+    CfgdeckInitProfileFactory(&Factory);
+  }
+
+  static void Remember(std::u16string_view product, std::u16string_view path) {
+    std::unique_ptr<NRegistryKey> key;
+    ASSERT_TRUE(NGetRegistry().OpenKey(NRegistryHive::kCurrentUser, u"SOFTWARE\\Nerrin\\" + std::u16string(product),
+                                       true, &key));
+    ASSERT_TRUE(key->SetString(kConfigPathValue, path));
+  }
+
+  static std::vector<std::string> Names(const fs::path& folder) {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(folder)) names.push_back(entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+
+  static std::tm FixedTime() {
+    std::tm time = {};
+    time.tm_year = 2025 - 1900;
+    time.tm_mon = 1;  // February
+    time.tm_mday = 3;
+    time.tm_hour = 9;
+    time.tm_min = 5;
+    time.tm_sec = 7;
+    return time;
+  }
+
+  fs::path m_dir;
+  TraceRecorder m_traces;
+  std::unique_ptr<NIniFileStoreFactory> m_factory;
+};
+
+TEST_F(NConfigFolderTest, UnderExeNeedsAGlobalFileInConfig) {
+  fs::create_directories(m_dir / "app" / "Config");
+  EXPECT_EQ(GetAppConfigPathUnderExe(U16(m_dir / "app").c_str()), u"");
+  NWriteFileBytes(m_dir / "app" / "Config" / "global.ini", "");
+  EXPECT_EQ(GetAppConfigPathUnderExe(U16(m_dir / "app").c_str()), U16(m_dir / "app" / "Config"));
+  // As copied from Windows, in another case.
+  NWriteFileBytes(m_dir / "copied" / "config" / "GLOBAL.INI", "");
+  EXPECT_EQ(GetAppConfigPathUnderExe(U16(m_dir / "copied").c_str()), U16(m_dir / "copied" / "config"));
+  // A folder named like the file is no file.
+  fs::create_directories(m_dir / "odd" / "Config" / "global.ini");
+  EXPECT_EQ(GetAppConfigPathUnderExe(U16(m_dir / "odd").c_str()), u"");
+  EXPECT_EQ(GetAppConfigPathUnderExe(nullptr), u"");
+}
+
+TEST_F(NConfigFolderTest, CommandLineFolderMustBeADirectory) {
+  const fs::path file = m_dir / "file.ini";
+  NWriteFileBytes(file, "x");
+  for (const fs::path& bad : {m_dir / "missing", file}) {
+    NReportMessageParams params;
+    NUnicodeString result;
+    EXPECT_FALSE(CheckAppConfigPathCommandLine(U16(bad).c_str(), result, params));
+    EXPECT_EQ(params.GetCode(), 0xE1380009u);
+    ASSERT_EQ(params.GetArguments().size(), 1u);
+    EXPECT_EQ(params.GetArguments()[0], U16(bad));
+    EXPECT_EQ(params.GetText().ToUtf8(),
+              "The folder specified using /F on the command line is not valid:\r\n\r\n'" + bad.string() + "'\r\n");
+  }
+
+  const fs::path folder = m_dir / "my config";
+  fs::create_directories(folder);
+  fs::create_directory_symlink(folder, m_dir / "link");
+  const std::u16string given[] = {U16(folder), u"  \"" + U16(folder) + u"\" ", U16(m_dir / "link"),
+                                  U16(m_dir / "." / "my config")};
+  for (const std::u16string& path : given) {
+    NReportMessageParams params;
+    NUnicodeString result;
+    EXPECT_TRUE(CheckAppConfigPathCommandLine(path.c_str(), result, params)) << NUnicodeString(path).ToUtf8();
+    EXPECT_EQ(result, U16(fs::canonical(folder)));
+    EXPECT_EQ(params.GetCode(), 0u);
+  }
+}
+
+TEST_F(NConfigFolderTest, RedirectAcceptsEmptyPathsNonConfigurationsAndCurrentFolders) {
+  NUnicodeString empty;
+  EXPECT_TRUE(CheckAppConfigPathRedirect(true, &Report, empty));
+  EXPECT_EQ(empty, u"");
+
+  const fs::path plain = m_dir / "plain";
+  NWriteFileBytes(plain / "notes.txt", "");
+  NWriteFileBytes(plain / "NSWRedirect.ini", std::string(kBom) + "S:\"New Config Path\"=/elsewhere\r\n");
+  NUnicodeString path = U16(plain);
+  EXPECT_TRUE(CheckAppConfigPathRedirect(true, &Report, path));
+  EXPECT_EQ(path, U16(plain));
+
+  // The current format is never redirected, in any case of the file name.
+  const fs::path current = MakeFolder("current", kCurrentVersion, "/elsewhere", "global.ini");
+  UseFactoryFor(current);
+  path = U16(current);
+  EXPECT_TRUE(CheckAppConfigPathRedirect(true, &Report, path));
+  EXPECT_EQ(path, U16(current));
+  EXPECT_TRUE(g_reports.empty());
+  EXPECT_EQ(Names(current), (std::vector<std::string>{"NSWRedirect.ini", "global.ini"}));
+  EXPECT_EQ(GetAppConfigPath(u"Skeldon"), u"");
+}
+
+TEST_F(NConfigFolderTest, OldFolderWithARedirectIsReplacedAndReportedOnce) {
+  const fs::path old = MakeFolder("old", "0311ABC6-1CDD-46fc-A08A-0D7C00242FCa", "/srv/new config");
+  for (const bool save : {false, true}) {
+    g_reports.clear();
+    NUnicodeString path = U16(old);
+    EXPECT_TRUE(CheckAppConfigPathRedirect(save, &Report, path));
+    EXPECT_EQ(path, u"/srv/new config");
+    ASSERT_EQ(g_reports.size(), 1u);
+    EXPECT_EQ(g_reports[0].GetCode(), 0x61380017u);
+    EXPECT_EQ(g_reports[0].GetText().ToUtf8().rfind(
+                  "The configuration was migrated from: \r\n'" + old.string() + "'\r\nto\r\n'/srv/new config'.", 0),
+              0u)
+        << g_reports[0].GetText().ToUtf8();
+    EXPECT_EQ(GetAppConfigPath(u"Skeldon"), save ? u"/srv/new config" : u"");
+  }
+  // A folder holding only index files is a configuration too.
+  NWriteFileBytes(m_dir / "indexed" / "Sessions.IDX", "");
+  NWriteFileBytes(m_dir / "indexed" / "NSWRedirect.ini", std::string(kBom) + "S:\"New Config Path\"=/next\r\n");
+  NUnicodeString path = U16(m_dir / "indexed");
+  EXPECT_TRUE(CheckAppConfigPathRedirect(false, nullptr, path));
+  EXPECT_EQ(path, u"/next");
+}
+
+TEST_F(NConfigFolderTest, OldFolderWithoutARedirectMovesTheGlobalFileAside) {
+  const fs::path old = MakeFolder("old", "3.0");
+  UseFactoryFor(old);
+  NUnicodeString path = U16(old);
+  EXPECT_TRUE(CheckAppConfigPathRedirect(true, &Report, path));
+  EXPECT_EQ(path, U16(old));
+  EXPECT_TRUE(g_reports.empty());
+  const std::vector<std::string> names = Names(old);
+  ASSERT_EQ(names.size(), 1u);
+  EXPECT_TRUE(names[0].starts_with("Global-incomplete-") && names[0].ends_with(".ini")) << names[0];
+  EXPECT_EQ(names[0].size(), std::string("Global-incomplete-20250302_090507.ini").size());
+}
+
+TEST_F(NConfigFolderTest, RenameUsesYearDayMonthAndFailsWithoutTouchingEitherFile) {
+  EXPECT_EQ(NIncompleteGlobalName(FixedTime()), u"Global-incomplete-20250302_090507.ini");
+
+  // Without a factory the folder is the one remembered for the application.
+  const fs::path folder = MakeFolder("remembered", "3.0", {}, "global.ini");
+  Remember(u"Skeldon", U16(folder));
+  EXPECT_TRUE(NRenameGlobalConfig(FixedTime()));
+  EXPECT_EQ(Names(folder), std::vector<std::string>{"Global-incomplete-20250302_090507.ini"});
+  // Nothing left to move.
+  EXPECT_TRUE(NRenameGlobalConfig(FixedTime()));
+
+  MakeFolder("remembered", "3.0");
+  EXPECT_FALSE(NRenameGlobalConfig(FixedTime()));
+  EXPECT_EQ(Names(folder), (std::vector<std::string>{"Global-incomplete-20250302_090507.ini", "Global.ini"}));
+  EXPECT_EQ(NReadFileBytes(folder / "Global.ini"), std::string(kBom) + "S:\"Version\"=3.0\r\n");
+}
+
+TEST_F(NConfigFolderTest, SavedPathsAreReadBackAndTracedAndUnchangedOnesAreNotRewritten) {
+  EXPECT_EQ(GetAppConfigPath(u"Skeldon"), u"");
+  SaveAppConfigPath(u"/srv/cfg", false);
+  EXPECT_EQ(GetAppConfigPath(u"Skeldon"), u"/srv/cfg");
+  EXPECT_EQ(GetAppConfigPath(u"skeldon"), u"/srv/cfg");
+  EXPECT_EQ(GetAppConfigPath(u"Parrow"), u"");
+  EXPECT_EQ(GetAppConfigPath(nullptr), u"");
+
+  // Whether the file was written shows in its time.
+  const fs::path file = m_dir / "registry/HKEY_CURRENT_USER/SOFTWARE/Nerrin/Skeldon.ini";
+  const auto old = fs::last_write_time(file) - std::chrono::hours(24);
+  fs::last_write_time(file, old);
+  SaveAppConfigPath(u"/srv/cfg", false);
+  EXPECT_EQ(fs::last_write_time(file), old);
+  SaveAppConfigPath(u"/srv/cfg", true);
+  EXPECT_NE(fs::last_write_time(file), old);
+  SaveAppConfigPath(u"/srv/other", false);
+  EXPECT_EQ(GetAppConfigPath(u"Skeldon"), u"/srv/other");
+  EXPECT_EQ(m_traces.lines, (std::vector<std::string>{"Save: 0 1 0 /srv/cfg\n", "Save: 0 0 0 /srv/cfg\n",
+                                                      "Save: 1 0 0 /srv/cfg\n", "Save: 0 1 0 /srv/other\n"}));
+}
+
+TEST_F(NConfigFolderTest, AFailedSaveIsTracedWithItsCodeAndReported) {
+  // The product's key cannot be made where a file stands in for its folder.
+  NWriteFileBytes(m_dir / "registry/HKEY_CURRENT_USER/SOFTWARE/Nerrin/Skeldon", "");
+  NReportMessageParams params;
+  EXPECT_FALSE(NSaveAppConfigPath(u"/srv/cfg", true, params));
+  EXPECT_NE(params.GetCode(), 0u);
+  ASSERT_EQ(m_traces.lines.size(), 1u);
+  EXPECT_TRUE(m_traces.lines[0].starts_with("Save: 1 1 ")) << m_traces.lines[0];
+  EXPECT_FALSE(m_traces.lines[0].starts_with("Save: 1 1 0 ")) << m_traces.lines[0];
+  EXPECT_EQ(GetAppConfigPath(u"Skeldon"), u"");
+}
+
+TEST_F(NConfigFolderTest, AlphaCopiesTheSharedFolderToTheApplicationsKey) {
+  EXPECT_EQ(GetAppConfigPathAlpha(), u"");
+  EXPECT_FALSE(fs::exists(m_dir / "registry/HKEY_CURRENT_USER/SOFTWARE/Nerrin/Skeldon.ini"));
+  Remember(u"Global", u"D:\\Shared\\Config");
+  EXPECT_EQ(GetAppConfigPathAlpha(), u"D:\\Shared\\Config");
+  EXPECT_EQ(GetAppConfigPath(u"Skeldon"), u"D:\\Shared\\Config");
+}
+
+TEST(NConfigFormatTest, TheFirst36CharactersNameTheFormatExactly) {
+  EXPECT_TRUE(NIsCurrentConfigFormat(u"0311ABC6-1CDD-46fc-A08A-0D7C00242FCA"));
+  EXPECT_TRUE(NIsCurrentConfigFormat(u"7B2F2717-85C8-4729-8394-3B7697039CEBanything after"));
+  EXPECT_FALSE(NIsCurrentConfigFormat(u"0311ABC6-1CDD-46FC-A08A-0D7C00242FCA"));
+  EXPECT_FALSE(NIsCurrentConfigFormat(u"7B2F2717-85C8-4729-8394-3B7697039CE"));
+}
+
+}  // namespace
