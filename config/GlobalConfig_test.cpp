@@ -8,6 +8,8 @@
 #include "config/NConfigEntry.h"
 #include "config/NConfigTestFolder.h"
 #include "config/NInstallation.h"
+#include "platform/testing/NPeBuilder.h"
+#include "platform/testing/NTestFiles.h"
 #include "uicore/NAppName.h"
 
 namespace {
@@ -318,6 +320,47 @@ TEST_F(GlobalConfigFolderTest, InstallationPredicates) {
   EXPECT_FALSE(HasTerminalProtocols());
   EXPECT_FALSE(IsIntegrated());
   EXPECT_STREQ(reinterpret_cast<const char*>(GetSkeldonPath()), "") << "no path for what is not installed";
+}
+
+TEST_F(GlobalConfigFolderTest, CompanionsCountAsInstalledFromTheirVersionResource) {
+  const std::filesystem::path folder = m_folder.Root() / "programs";
+  NWriteFileBytes(folder / "Skeldon.exe", NPeBuilder().FileVersion(4, 9, 0, 0).Build());
+  NWriteFileBytes(folder / "Parrow.exe", NPeBuilder().FileVersion(3, 0, 0, 0).Build());
+  NWriteFileBytes(folder / "Quenn.exe", NPeBuilder().FileVersion(7, 0, 0, 0).FileType(2).Build());
+  NInstallation::Detect(NUnicodeString::FromUtf8(folder.string()));
+  EXPECT_FALSE(IsSkeldonInstalled()) << "4.x is below the threshold of 5";
+  EXPECT_TRUE(IsParrowInstalled()) << "3.0 reaches the threshold of 3";
+  EXPECT_FALSE(IsQuennInstalled()) << "a DLL is no application";
+  EXPECT_EQ(NUnicodeString(GetParrowPath()).ToUtf8(), (folder / "Parrow.exe").string());
+  EXPECT_TRUE(HasTransferProtocols());
+  EXPECT_FALSE(HasIntegratedProtocols());
+
+  NWriteFileBytes(folder / "Skeldon.exe", NPeBuilder().FileVersion(5, 0, 0, 0).Build());
+  NWriteFileBytes(folder / "Quenn.exe", NPeBuilder().WithVersion(false).Build());
+  NInstallation::Detect(NUnicodeString::FromUtf8(folder.string()));
+  EXPECT_TRUE(IsSkeldonInstalled());
+  EXPECT_FALSE(IsQuennInstalled()) << "no version resource";
+  EXPECT_FALSE(NInstallation::IsInstalledAt(u"x", 0)) << "a path shorter than two characters";
+}
+
+TEST_F(GlobalConfigFolderTest, AliasesAreOneFunction) {
+  EXPECT_EQ(reinterpret_cast<void*>(&CanLaunchTerminalApp), reinterpret_cast<void*>(&IsSkeldonInstalled));
+  EXPECT_EQ(reinterpret_cast<void*>(&HasSecureTerminalProtocols), reinterpret_cast<void*>(&IsSkeldonInstalled));
+  EXPECT_EQ(reinterpret_cast<void*>(&HasTerminalProtocols), reinterpret_cast<void*>(&IsSkeldonOrQuennInstalled));
+  EXPECT_EQ(reinterpret_cast<void*>(&CanLaunchFileTransferApp), reinterpret_cast<void*>(&IsParrowInstalled));
+}
+
+TEST_F(GlobalConfigFolderTest, InitGuiCreatesTheRecordOnceAndKeepsIt) {
+  NSetAppName(u"Parrow");
+  CfgdeckInitGUI(nullptr, nullptr);
+  GlobalConfig* first = nullptr;
+  GetGlobalConfig(first, 3);
+  ASSERT_TRUE(first);
+  EXPECT_EQ(first->ProductId(), 6) << "made for the application product id";
+  CfgdeckInitGUI(nullptr, nullptr);
+  GlobalConfig* second = nullptr;
+  GetGlobalConfig(second, 3);
+  EXPECT_EQ(first, second);
 }
 
 TEST_F(GlobalConfigFolderTest, HolletIsTheTerminalApplicationsFifthEmulation) {
