@@ -31,12 +31,14 @@ class NConfigTestFolder {
 
   const std::filesystem::path& Root() const { return m_root; }
 
-  // A key of the folder, writable, with its file read afresh.
+  // A key of the folder, writable, with its file read afresh; the root for
+  // an empty name.
   std::unique_ptr<NProfileKey> Key(const std::string& name) {
     m_stores.push_back(s_factory->CreateStore());
     NReportMessageParams params;
     std::unique_ptr<NProfileKey> root = m_stores.back()->OpenRootKey(false, params);
-    return root ? root->OpenSubKey(NUnicodeString::FromUtf8(name), params) : nullptr;
+    if (!root || name.empty()) return root;
+    return root->OpenSubKey(NUnicodeString::FromUtf8(name), params);
   }
 
  private:
