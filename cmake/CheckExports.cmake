@@ -7,11 +7,31 @@ cmake_minimum_required(VERSION 3.25)
 # (nm type u, in std::) come with any use of the standard library and are
 # not part of the interface, and neither are the weak copies of libstdc++'s
 # function templates that an unoptimised build emits (nm types W and V).
-find_program(NM NAMES nm REQUIRED)
-execute_process(COMMAND ${NM} -DC --defined-only ${LIBRARY}
-                OUTPUT_VARIABLE symbols RESULT_VARIABLE result)
-if(NOT result EQUAL 0)
-  message(FATAL_ERROR "nm failed on ${LIBRARY}")
+if(LIBRARY MATCHES "\\.dll$")
+  # A DLL: the names of its export table, demangled, in nm's line form.
+  find_program(OBJDUMP NAMES x86_64-w64-mingw32-objdump objdump REQUIRED)
+  find_program(CXXFILT NAMES x86_64-w64-mingw32-c++filt c++filt REQUIRED)
+  execute_process(COMMAND ${OBJDUMP} -p ${LIBRARY} OUTPUT_VARIABLE table RESULT_VARIABLE result)
+  if(NOT result EQUAL 0)
+    message(FATAL_ERROR "objdump failed on ${LIBRARY}")
+  endif()
+  string(REGEX REPLACE "^.*\\[Ordinal/Name Pointer\\] Table[^\n]*\n" "" table "${table}")
+  string(REGEX REPLACE "\n\n.*$" "" table "${table}")
+  string(REGEX REPLACE "[ \t]*\\[ *[0-9]+\\] ([^\n]+)" "\\1" names "${table}")
+  file(WRITE ${LIBRARY}.exports.tmp "${names}\n")
+  execute_process(COMMAND ${CXXFILT} INPUT_FILE ${LIBRARY}.exports.tmp OUTPUT_VARIABLE demangled RESULT_VARIABLE result)
+  file(REMOVE ${LIBRARY}.exports.tmp)
+  if(NOT result EQUAL 0)
+    message(FATAL_ERROR "c++filt failed")
+  endif()
+  string(REGEX REPLACE "([^\n]+)" "0 T \\1" symbols "${demangled}")
+else()
+  find_program(NM NAMES nm REQUIRED)
+  execute_process(COMMAND ${NM} -DC --defined-only ${LIBRARY}
+                  OUTPUT_VARIABLE symbols RESULT_VARIABLE result)
+  if(NOT result EQUAL 0)
+    message(FATAL_ERROR "nm failed on ${LIBRARY}")
+  endif()
 endif()
 
 file(STRINGS ${EXPORTS} allowed REGEX "^[^#]")
