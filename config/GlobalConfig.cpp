@@ -29,50 +29,22 @@ NUnicodeString GlobalConfig::ConvertTabState(std::u16string_view old, std::u16st
   return converted;
 }
 
-NStringArray GlobalConfig::ConvertRememberedSessions(const NProfileKey& key, std::u16string_view oldName) {
-  // Older versions kept the list either as a multi-string already or as one
-  // string of session paths separated by ";".
-  NStringArray sessions;
-  if (key.GetMultiStringValue(oldName, &sessions)) return sessions;
-  NUnicodeString joined;
-  if (!key.GetStringValue(oldName, &joined)) return sessions;
-  std::size_t begin = 0;
-  while (begin <= joined.size()) {
-    std::size_t end = joined.find(u';', begin);
-    if (end == NUnicodeString::npos) end = joined.size();
-    if (end > begin) sessions.Add(NUnicodeString(std::u16string_view(joined).substr(begin, end - begin)));
-    begin = end + 1;
-  }
-  return sessions;
-}
-
-namespace {
-
-bool HasValue(const NProfileKey& key, std::u16string_view name) {
-  std::uint32_t dword;
-  NUnicodeString text;
-  NStringArray strings;
-  std::uint32_t length = 0;
-  return key.GetStringValue(name, &text) || key.GetDwordValue(name, &dword) || key.GetMultiStringValue(name, &strings) ||
-         key.GetBinaryValue(name, nullptr, &length);
-}
-
-}  // namespace
-
 void GlobalConfig::Load(const NProfileKey& global, const NProfileKey* quickSync) {
   // The versioned fields: an older value is converted only when the new
   // name is absent, and is never written again under its old name.
   auto migrateTabState = [&](NProfileString& field, std::u16string_view oldName) {
     NUnicodeString old;
-    if (HasValue(global, field.Name()) || !global.GetStringValue(oldName, &old)) return;
+    if (NHasValue(global, field.Name()) || !global.GetStringValue(oldName, &old)) return;
     field.Set(ConvertTabState(old, field.Default()));
     field.Touch();
   };
   migrateTabState(m_skeldonTabState, u"Skeldon Tab State");
   migrateTabState(m_parrowTabState, u"Parrow Tab State");
-  if (!IsTransferProduct() && !HasValue(global, m_rememberedSessions.Name()) &&
-      HasValue(global, u"Remembered Sessions List")) {
-    m_rememberedSessions.Set(ConvertRememberedSessions(global, u"Remembered Sessions List"));
+  if (!IsTransferProduct() && !NHasValue(global, m_rememberedSessions.Name()) &&
+      NHasValue(global, u"Remembered Sessions List")) {
+    // Older versions kept the list as a multi-string already or as one
+    // string of session paths separated by ";".
+    m_rememberedSessions.Set(NReadListValue(global, u"Remembered Sessions List"));
     m_rememberedSessions.Touch();
   }
   ReadFields(global);
@@ -134,18 +106,12 @@ NColorTable GlobalConfig::DefaultCustomColors() {
   return colors;
 }
 
-NColorTable GlobalConfig::DefaultAnsiColors() {
-  // The usual 16-colour terminal palette, as 0x00BBGGRR.
-  return NColorTable{0x000000, 0x000080, 0x008000, 0x008080, 0x800000, 0x800080, 0x808000, 0xC0C0C0,
-                     0x808080, 0x0000FF, 0x00FF00, 0x00FFFF, 0xFF0000, 0xFF00FF, 0xFFFF00, 0xFFFFFF};
-}
-
 NBytes GlobalConfig::DefaultColorSchemes() {
   // Two built-in schemes: light and dark, on the default palette.
   auto make = [](std::u16string_view name, NColor foreground, NColor bold, NColor background) {
     NColorScheme scheme;
     std::copy_n(name.begin(), std::min(name.size(), scheme.name.size() - 1), scheme.name.begin());
-    scheme.palette = DefaultAnsiColors();
+    scheme.palette = NDefaultAnsiColors();
     scheme.foreground = foreground;
     scheme.boldForeground = bold;
     scheme.background = background;

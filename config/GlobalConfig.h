@@ -67,7 +67,6 @@ class CFGDECK_API GlobalConfig final : public NProfileRecord {
 
   // The conversions of the older forms of the versioned fields.
   static NUnicodeString ConvertTabState(std::u16string_view old, std::u16string_view defaultV2);
-  static NStringArray ConvertRememberedSessions(const NProfileKey& key, std::u16string_view oldName);
 
   NQuickSyncConfig m_quickSync;
 
@@ -215,7 +214,7 @@ class CFGDECK_API GlobalConfig final : public NProfileRecord {
   NProfileString m_hexViewFont{this, u"Hex View Font", NUnicodeString(u"Courier New")};
   NProfileBool m_useDefaultSessionColorOnStartup{this, u"Use Default Session Color On Startup"};
   NProfileStruct<NColorTable> m_customColors{this, u"Custom Colors", DefaultCustomColors()};
-  NProfileStruct<NColorTable> m_ansiColorRgb{this, u"ANSI Color RGB", DefaultAnsiColors()};
+  NProfileStruct<NColorTable> m_ansiColorRgb{this, u"ANSI Color RGB", NDefaultAnsiColors()};
   NProfileBytes m_colorSchemes{this, u"Color Schemes", DefaultColorSchemes()};
 
   // ---- Keyboard
@@ -398,6 +397,5 @@ class CFGDECK_API GlobalConfig final : public NProfileRecord {
   // Computed defaults.
   static NWindowPlacement DefaultPlacement(int window);
   static NColorTable DefaultCustomColors();
-  static NColorTable DefaultAnsiColors();
   static NBytes DefaultColorSchemes();
 };

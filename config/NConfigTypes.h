@@ -93,6 +93,8 @@ static_assert(sizeof(NLogFont) == 92);
 
 // The 16 colours of the ANSI palette.
 using NColorTable = std::array<NColor, 16>;
+// The usual 16-colour terminal palette.
+NColorTable NDefaultAnsiColors();
 
 // A terminal colour scheme: the 16 palette colours, then the normal and the
 // bold foreground, and the background.

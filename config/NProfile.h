@@ -175,6 +175,7 @@ class NProfile2 final : public NProfileData {
   }
   // Takes the other field's current value.
   void CopyFrom(const NProfile2& other) { m_value = other.m_value; }
+  void CopyFrom(const NProfileData& other) override { CopyFrom(dynamic_cast<const NProfile2&>(other)); }
   // Makes `value` the current and the loaded value, as a read would.
   void Load(T value) {
     m_value = value;

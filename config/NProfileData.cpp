@@ -1,7 +1,10 @@
 #include "config/NProfileData.h"
 
+#include "location/NStatusReport.h"
+#include "platform/NStatus.h"
+
 NProfileData::NProfileData(NProfileRecord* record, std::u16string_view name) : m_name(name) {
-  record->m_fields.push_back(this);
+  if (record) record->m_fields.push_back(this);
 }
 
 NProfileData* NProfileRecord::FindField(std::u16string_view name) const {
@@ -23,6 +26,16 @@ bool NProfileRecord::WriteFields(NProfileKey& key, bool all) {
   return ok;
 }
 
+bool NProfileRecord::WriteFields(NProfileKey& key, bool all, NReportMessageParams& params) {
+  bool ok = true;
+  for (NProfileData* field : m_fields) {
+    if (field->Write(key, all)) continue;
+    if (ok) NReportRefusedValue(key, *field, params);
+    ok = false;
+  }
+  return ok;
+}
+
 bool NProfileRecord::IsModified() const {
   for (const NProfileData* field : m_fields) {
     if (field->IsModified()) return true;
@@ -36,4 +49,35 @@ void NProfileRecord::Revert() {
 
 void NProfileRecord::Reset() {
   for (NProfileData* field : m_fields) field->Reset();
+}
+
+bool NHasValue(const NProfileKey& key, std::u16string_view name) {
+  std::uint32_t dword;
+  NUnicodeString text;
+  NStringArray strings;
+  std::uint32_t length = 0;
+  return key.GetStringValue(name, &text) || key.GetDwordValue(name, &dword) || key.GetMultiStringValue(name, &strings) ||
+         key.GetBinaryValue(name, nullptr, &length);
+}
+
+NStringArray NReadListValue(const NProfileKey& key, std::u16string_view name) {
+  NStringArray items;
+  if (key.GetMultiStringValue(name, &items)) return items;
+  NUnicodeString joined;
+  if (!key.GetStringValue(name, &joined)) return items;
+  std::size_t begin = 0;
+  while (begin <= joined.size()) {
+    std::size_t end = joined.find(u';', begin);
+    if (end == NUnicodeString::npos) end = joined.size();
+    if (end > begin) items.Add(NUnicodeString(std::u16string_view(joined).substr(begin, end - begin)));
+    begin = end + 1;
+  }
+  return items;
+}
+
+void NReportRefusedValue(const NProfileKey& key, const NProfileData& field, NReportMessageParams& params) {
+  NUnicodeString where = key.GetPath();
+  where += u": ";
+  where += field.Name();
+  NReportStatus(NStatus::Error(NStatus::kInvalidParameter, "store the value", where), params);
 }

@@ -15,8 +15,9 @@ struct NFieldValue;
 // walks its fields through this interface to load and save them.
 class NProfileData {
  public:
-  // Registers the field with `record`, in declaration order. `name` must
-  // outlive the field (records pass literals).
+  // Registers the field with `record`, in declaration order (a null record
+  // makes a field of its own). `name` must outlive the field (records pass
+  // literals).
   NProfileData(NProfileRecord* record, std::u16string_view name);
   NProfileData(const NProfileData&) = delete;
   NProfileData& operator=(const NProfileData&) = delete;
@@ -44,6 +45,8 @@ class NProfileData {
   virtual void Reset() = 0;
   // The current value, for printing.
   virtual NFieldValue Describe() const = 0;
+  // Takes the current value of `other`, a field of the same type.
+  virtual void CopyFrom(const NProfileData& other) = 0;
 
  private:
   std::u16string_view m_name;
@@ -68,6 +71,8 @@ class NProfileRecord {
   std::size_t ReadFields(const NProfileKey& key);
   // Writes every field with the save flag `all`; false when any was refused.
   bool WriteFields(NProfileKey& key, bool all);
+  // As WriteFields; a refused value is reported in params, naming the key.
+  bool WriteFields(NProfileKey& key, bool all, NReportMessageParams& params);
   bool IsModified() const;
   void Revert();
   void Reset();
@@ -76,3 +81,14 @@ class NProfileRecord {
   friend class NProfileData;
   std::vector<NProfileData*> m_fields;
 };
+
+// Whether `key` holds a value called `name`, of any kind.
+bool NHasValue(const NProfileKey& key, std::u16string_view name);
+
+// A list of strings as older records kept it: a multi-string already, or one
+// string of items separated by ";" (empty items dropped). Empty when absent.
+NStringArray NReadListValue(const NProfileKey& key, std::u16string_view name);
+
+// Reports in params that `key` refused a value of `field` (a text holding a
+// line break, say), so nothing of it was saved.
+void NReportRefusedValue(const NProfileKey& key, const NProfileData& field, NReportMessageParams& params);
