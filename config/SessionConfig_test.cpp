@@ -1,0 +1,226 @@
+#include "config/SessionConfig.h"
+
+#include <gtest/gtest.h>
+
+#include "config/NConfigTestFolder.h"
+
+namespace {
+
+class SessionConfigTest : public testing::Test {
+ protected:
+  // The key of session `name` under "Sessions", read afresh.
+  std::unique_ptr<NProfileKey> Session(const std::string& name = "s") { return m_folder.Key("Sessions\\" + name); }
+
+  std::unique_ptr<SessionConfig> Loaded(const std::string& name = "s") {
+    auto config = std::make_unique<SessionConfig>();
+    auto key = Session(name);
+    NReportMessageParams params;
+    EXPECT_TRUE(config->Load(*key, params)) << params.GetText().ToUtf8();
+    return config;
+  }
+
+  NConfigTestFolder m_folder;
+};
+
+TEST_F(SessionConfigTest, TerminalValueNamesInDeclarationOrder) {
+  const std::u16string_view expected[] = {
+      u"Emulation", u"ANSI Color", u"Color Scheme Overrides Ansi Color", u"Default SCS", u"Use Global ANSI Colors",
+      u"ANSI Color RGB", u"Window Placement", u"Is Full Screen", u"Rows", u"Cols", u"Scrollback", u"Sync View Rows",
+      u"Sync View Cols", u"Resize Mode", u"Horizontal Scrollbar", u"Vertical Scrollbar", u"Foreground",
+      u"Background", u"Bold", u"Font Family", u"Font Size", u"Color Scheme", u"Normal Font v2", u"Narrow Font v2",
+      u"Use Narrow Font", u"Output Transformer Name", u"Use Unicode Line Drawing", u"Blinking Cursor",
+      u"Cursor Style", u"Use Cursor Color", u"Cursor Color", u"Map Delete", u"Map Backspace", u"Keymap Name",
+      u"Keymap Filename", u"Use Alternate Keyboard", u"Emacs Mode", u"Emacs Mode 8 Bit", u"Preserve Alt-Gr",
+      u"Keymap v3", u"Jump Scroll", u"Minimize Drawing While Jump Scrolling", u"Keypad Mode", u"Line Wrap",
+      u"Cursor Key Mode", u"Newline Mode", u"Enable 80-132 Column Switching",
+      u"Ignore 80-132 Column Switching When Maximized or Full Screen", u"Enable Cursor Key Mode Switching",
+      u"Enable Keypad Mode Switching", u"Enable Line Wrap Mode Switching", u"Enable Alternate Screen Switching",
+      u"WaitForStrings Ignores Color", u"SGR Zero Resets ANSI Color", u"SCO Line Wrap", u"Display Tab",
+      u"Display Tab String", u"Audio Bell", u"Visual Bell", u"Scroll To Clear", u"Close On Disconnect",
+      u"Clear On Disconnect", u"Scroll To Bottom On Output", u"Scroll To Bottom On Keypress", u"CUA Copy Paste",
+      u"Use Terminal Type", u"Terminal Type", u"Answerback", u"Use Answerback", u"Use Position", u"X Position",
+      u"X Position Relative Left", u"Y Position", u"Y Position Relative Top", u"Local Echo", u"Strip 8th Bit",
+      u"Shift Forces Local Mouse Operations", u"Ignore Window Title Change Requests",
+      u"Copy Translates ANSI Line Drawing Characters", u"Copy to clipboard as RTF and plain text",
+      u"Translate Incoming CR To CRLF", u"Dumb Terminal Ignores CRLF",
+      u"Use Symbolic Names For Non-Printable Characters", u"User Button Bar", u"User Button Bar Name",
+      u"Show Chat Window", u"User Font Map", u"User Line Drawing Map", u"Hard Reset on ESC c",
+      u"Ignore Shift Out Sequence"};
+  const TerminalConfig terminal;
+  ASSERT_EQ(terminal.Fields().size(), std::size(expected));
+  for (std::size_t i = 0; i < std::size(expected); ++i) {
+    EXPECT_EQ(terminal.Fields()[i]->Name(), expected[i]) << i;
+  }
+}
+
+TEST_F(SessionConfigTest, BooleansDefaultToFalseUnlessListed) {
+  const std::set<std::u16string_view> trueByDefault = {
+      u"Jump Scroll", u"Line Wrap", u"Enable Cursor Key Mode Switching", u"Enable Keypad Mode Switching",
+      u"Enable Line Wrap Mode Switching", u"Enable Alternate Screen Switching", u"SGR Zero Resets ANSI Color",
+      u"Audio Bell", u"Scroll To Clear", u"Scroll To Bottom On Output", u"Scroll To Bottom On Keypress",
+      u"X Position Relative Left", u"Y Position Relative Top", u"Shift Forces Local Mouse Operations",
+      u"Enable 80-132 Column Switching"};  // the default emulation, Xterm, switches columns
+  const TerminalConfig terminal;
+  for (const NProfileData* field : terminal.Fields()) {
+    const NFieldValue value = field->Describe();
+    if (value.kind != NFieldValue::Kind::kBoolean) continue;
+    EXPECT_EQ(value.boolean, trueByDefault.count(field->Name()) == 1) << NUnicodeString(field->Name()).ToUtf8();
+  }
+  EXPECT_EQ(terminal.m_keymapFilename.Get(), u"");
+  EXPECT_EQ(terminal.m_fontFamily.Get(), u"Lucida Console");
+  EXPECT_EQ(terminal.m_outputTransformerName.Get(), u"UTF-8");
+}
+
+TEST_F(SessionConfigTest, StatedSessionDefaults) {
+  const SessionConfig config;
+  EXPECT_EQ(config.m_monitorListenAddress.Get(), u"0.0.0.0:22");
+  EXPECT_EQ(config.m_zmodemReceiveCommand.Get(), u"rz\r");
+  ASSERT_EQ(config.m_scpShellPrompts.Get().size(), 1u);
+  EXPECT_EQ(config.m_scpShellPrompts.Get()[0], u"\"? \",0,\"\\n\"");
+  EXPECT_TRUE(config.m_isSession.Get());
+}
+
+TEST_F(SessionConfigTest, ColumnSwitchingDefaultFollowsTheStoredEmulation) {
+  Session("ansi")->SetStringValue(u"Emulation", u"ANSI");
+  auto vt = Session("vt");
+  vt->SetStringValue(u"Emulation", u"VT220");
+  ASSERT_TRUE(vt->Flush());
+  auto ansi = Session("ansi");
+  ansi->SetStringValue(u"Emulation", u"ANSI");
+  ASSERT_TRUE(ansi->Flush());
+  EXPECT_FALSE(Loaded("ansi")->m_terminal.m_enableColumnSwitching.Get());
+  EXPECT_TRUE(Loaded("vt")->m_terminal.m_enableColumnSwitching.Get());
+  auto stored = Session("stored");
+  stored->SetStringValue(u"Emulation", u"ANSI");
+  stored->SetDwordValue(u"Enable 80-132 Column Switching", 1);
+  ASSERT_TRUE(stored->Flush());
+  EXPECT_TRUE(Loaded("stored")->m_terminal.m_enableColumnSwitching.Get()) << "a stored value wins";
+}
+
+TEST_F(SessionConfigTest, ScoAnsiIsTheSameEmulation) {
+  auto key = Session();
+  key->SetStringValue(u"Emulation", u"SCO-ANSI");
+  ASSERT_TRUE(key->Flush());
+  EXPECT_EQ(Loaded()->m_terminal.m_emulation.Get(), u"SCOANSI");
+  EXPECT_EQ(TerminalConfig::CanonicalEmulation(u"sco-ansi"), u"SCOANSI");
+  EXPECT_EQ(TerminalConfig::CanonicalEmulation(u"VT100"), u"VT100");
+}
+
+TEST_F(SessionConfigTest, OldLoginScriptIsConvertedOnceAndWrittenAtOnce) {
+  {
+    auto key = Session();
+    key->SetStringValue(u"Login Script", u"login:\tme\tPassword:\tsecret\"x");
+    ASSERT_TRUE(key->Flush());
+  }
+  const auto first = Loaded();
+  const ProfileExpectSendList script = first->LoginScript();
+  ASSERT_EQ(script.Pairs().size(), 2u);
+  EXPECT_EQ(script.Pairs()[0].expect, u"login:");
+  EXPECT_EQ(script.Pairs()[1].send, u"secret\"x");
+
+  auto key = Session();  // what the first load left on disk
+  NStringArray v3;
+  ASSERT_TRUE(key->GetMultiStringValue(u"Login Script V3", &v3));
+  EXPECT_EQ(v3[1], u"\"Password:\",\"secret\"\"x\",0");
+  NUnicodeString old;
+  ASSERT_TRUE(key->GetStringValue(u"Login Script", &old));
+  EXPECT_EQ(old, u"") << "blanked, so the conversion never runs twice";
+
+  key->SetMultiStringValue(u"Login Script V3", NStringArray());
+  ASSERT_TRUE(key->Flush());
+  EXPECT_TRUE(Loaded()->LoginScript().IsEmpty()) << "the second load reads V3 alone";
+}
+
+TEST_F(SessionConfigTest, NewerLoginScriptFormWinsAndV3IsLeftAlone) {
+  {
+    auto key = Session();
+    key->SetStringValue(u"Login Script", u"a\tb");
+    NStringArray v2;
+    v2.Add(NUnicodeString(u"ok>\tgo"));
+    key->SetMultiStringValue(u"Login Script V2", v2);
+    ASSERT_TRUE(key->Flush());
+  }
+  ProfileExpectSendList script = Loaded()->LoginScript();
+  ASSERT_EQ(script.Pairs().size(), 1u);
+  EXPECT_EQ(script.Pairs()[0].expect, u"ok>");
+  EXPECT_EQ(script.Pairs()[0].send, u"go");
+  NUnicodeString blank;
+  EXPECT_TRUE(Session()->GetStringValue(u"Login Script V2", &blank));
+  EXPECT_EQ(blank, u"");
+
+  auto both = Session("both");
+  NStringArray v3;
+  v3.Add(NUnicodeString(u"\"x\",\"y\",1"));
+  both->SetMultiStringValue(u"Login Script V3", v3);
+  both->SetStringValue(u"Login Script", u"old\tone");
+  ASSERT_TRUE(both->Flush());
+  script = Loaded("both")->LoginScript();
+  ASSERT_EQ(script.Pairs().size(), 1u);
+  EXPECT_TRUE(script.Pairs()[0].hide);
+  NUnicodeString untouched;
+  EXPECT_TRUE(Session("both")->GetStringValue(u"Login Script", &untouched));
+  EXPECT_EQ(untouched, u"old\tone") << "nothing to convert when V3 is there";
+}
+
+TEST_F(SessionConfigTest, OlderNamesCarryForwardOnlyWhenTheNewestIsAbsent) {
+  {
+    auto key = Session();
+    key->SetStringValue(u"Monitor Password", u"old-secret");
+    key->SetStringValue(u"PGP Upload Command", u"pgp -e");
+    key->SetStringValue(u"PGP Download Command", u"pgp -d");
+    key->SetStringValue(u"PGP Download Command V2", u"gpg -d");
+    key->SetDwordValue(u"Enable 80/132 Column Switching", 0);
+    NStringArray keymap;
+    keymap.Add(NUnicodeString(u"F1=help"));
+    key->SetMultiStringValue(u"Keymap v2", keymap);
+    key->SetStringValue(u"Keymap", u"ignored;too");
+    ASSERT_TRUE(key->Flush());
+  }
+  auto loaded = Loaded();
+  SessionConfig& config = *loaded;
+  EXPECT_EQ(config.m_monitorPassword.Get().Stored(), u"old-secret");
+  EXPECT_EQ(config.m_pgpUploadCommand.Get(), u"pgp -e");
+  EXPECT_EQ(config.m_pgpDownloadCommand.Get(), u"gpg -d") << "the newest name wins";
+  EXPECT_FALSE(config.m_terminal.m_enableColumnSwitching.Get());
+  ASSERT_EQ(config.m_terminal.m_keymap.Get().size(), 1u);
+  EXPECT_EQ(config.m_terminal.m_keymap.Get()[0], u"F1=help");
+
+  auto key = Session();
+  NReportMessageParams params;
+  ASSERT_TRUE(config.Save(*key, false, params)) << params.GetText().ToUtf8();
+  auto saved = Session();
+  NUnicodeString password;
+  EXPECT_TRUE(saved->GetStringValue(u"Monitor Password V2", &password)) << "converted values reach their new name";
+  EXPECT_EQ(password, u"old-secret");
+  std::uint32_t switching = 1;
+  EXPECT_TRUE(saved->GetDwordValue(u"Enable 80-132 Column Switching", &switching));
+  EXPECT_EQ(switching, 0u);
+}
+
+TEST_F(SessionConfigTest, ASaveRefusingAValueWritesNothing) {
+  SessionConfig config;
+  config.m_titleBar = NUnicodeString(u"two\nlines");
+  auto key = Session();
+  NReportMessageParams params;
+  EXPECT_FALSE(config.Save(*key, true, params));
+  EXPECT_NE(params.GetText().ToUtf8().find("Title Bar"), std::string::npos) << params.GetText().ToUtf8();
+  EXPECT_FALSE(std::filesystem::exists(m_folder.Root() / "Sessions" / "s.ini"));
+}
+
+TEST(ProfileExpectSendListTest, StringsRoundTripAndBadLinesAreRefused) {
+  ProfileExpectSendList list;
+  list.Add({NUnicodeString(u"say \"hi\","), NUnicodeString(u""), true});
+  list.Add({NUnicodeString(u""), NUnicodeString(u"x"), false});
+  ProfileExpectSendList back;
+  ASSERT_TRUE(ProfileExpectSendList::FromStrings(list.ToStrings(), &back));
+  EXPECT_EQ(back, list);
+  for (const char16_t* bad : {u"\"a\",\"b\"", u"\"a\",\"b\",2", u"a,b,0", u"\"a,\"b\",0", u"\"a\";\"b\",0"}) {
+    NStringArray lines;
+    lines.Add(NUnicodeString(bad));
+    EXPECT_FALSE(ProfileExpectSendList::FromStrings(lines, &back)) << NUnicodeString(bad).ToUtf8();
+  }
+  EXPECT_TRUE(ProfileExpectSendList::FromVersion1(u"").IsEmpty());
+  EXPECT_EQ(ProfileExpectSendList::FromVersion1(u"only").Pairs().size(), 1u);
+}
+
+}  // namespace
