@@ -75,27 +75,36 @@ TEST(NUnicodeStringTest, ConvertsFromAndToUtf8) {
 }
 
 TEST(NUnicodeStringTest, IgnoreCaseEqualityAndHashAgree) {
+  enum class Equal { kYes, kNo, kBySystem };
   const struct {
     std::u16string_view a;
     std::u16string_view b;
-    bool equal;
+    Equal equal;
   } cases[] = {
-      {u"Section", u"SECTION", true},
-      {u"\u00C9T\u00C9", u"\u00E9t\u00E9", true},
-      {u"\u039F\u0394\u039F\u03A3", u"\u03BF\u03B4\u03BF\u03C2", true},  // ΟΔΟΣ / οδος
-      {u"\u041C\u0418\u0420", u"\u043C\u0438\u0440", true},              // МИР / мир
-      {u"abc", u"abcd", false},
-      {u"abcd", u"abc", false},
-      {u"abc", u"abd", false},
-      {u"e", u"\u00E9", false},
+      {u"Section", u"SECTION", Equal::kYes},
+      {u"\u00C9T\u00C9", u"\u00E9t\u00E9", Equal::kYes},
+      {u"\u039F\u0394\u039F\u03A3", u"\u03BF\u03B4\u03BF\u03C3", Equal::kYes},  // ΟΔΟΣ / οδοσ
+      {u"\u041C\u0418\u0420", u"\u043C\u0438\u0440", Equal::kYes},              // МИР / мир
+      // Final sigma: simple case folding makes it σ, while Windows' ordinal
+      // rule (its file names' rule) has no upper case for it. Either way the
+      // hash must follow the equality.
+      {u"\u039F\u0394\u039F\u03A3", u"\u03BF\u03B4\u03BF\u03C2", Equal::kBySystem},  // ΟΔΟΣ / οδος
+      {u"abc", u"abcd", Equal::kNo},
+      {u"abcd", u"abc", Equal::kNo},
+      {u"abc", u"abd", Equal::kNo},
+      {u"e", u"\u00E9", Equal::kNo},
   };
   const NIgnoreCaseHash hash;
   for (const auto& c : cases) {
     const std::string label =
         NUnicodeString(std::u16string(c.a)).ToUtf8() + " / " + NUnicodeString(std::u16string(c.b)).ToUtf8();
-    EXPECT_EQ(NUnicodeString(std::u16string(c.a)).EqualsIgnoreCase(c.b), c.equal) << label;
-    EXPECT_EQ(NIgnoreCaseEqual()(c.a, c.b), c.equal) << label;
-    if (c.equal) {
+    const bool equal = NIgnoreCaseEqual()(c.a, c.b);
+    if (c.equal != Equal::kBySystem) {
+      EXPECT_EQ(equal, c.equal == Equal::kYes) << label;
+    }
+    EXPECT_EQ(NUnicodeString(std::u16string(c.a)).EqualsIgnoreCase(c.b), equal) << label;
+    EXPECT_EQ(NIgnoreCaseEqual()(c.b, c.a), equal) << label;
+    if (equal) {
       EXPECT_EQ(hash(c.a), hash(c.b)) << label;
     }
   }

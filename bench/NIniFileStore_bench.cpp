@@ -19,6 +19,8 @@
 #include "base/NStringArray.h"
 #include "base/NUnicodeString.h"
 #include "bench/NConfigFolderGenerator.h"
+#include "config/NSessionTree.h"
+#include "config/SessionConfig.h"
 #include "location/NReportMessageParams.h"
 #include "platform/NFile.h"
 #include "platform/NPlatform.h"
@@ -334,6 +336,86 @@ void BM_StoreLoadAndIterate(benchmark::State& state) { StoreWalk<NReads::kIterat
 // Every key loaded and nothing read: what loading alone costs.
 void BM_StoreLoadOnly(benchmark::State& state) { StoreWalk<NReads::kNone>(state); }
 
+// ---- The sessions tree ----
+
+// Lists every folder of the sessions tree, as the floor of a walk that asks
+// only for names and kinds.
+void BM_FloorListFolders(benchmark::State& state) {
+  const NSessionFolder* folder = FolderOrSkip(state);
+  if (!folder) return;
+  NPlatform& platform = NPlatform::Default();
+  const NUnicodeString sessions = NUnicodeString::FromUtf8(folder->root + "/Sessions");
+  NWalkClock clock;
+  std::uint64_t entries = 0;
+  for (auto _ : state) {
+    clock.Start();
+    entries = 0;
+    std::vector<NUnicodeString> pending{sessions};
+    std::vector<NFolderEntry> listed;
+    while (!pending.empty()) {
+      const NUnicodeString at = std::move(pending.back());
+      pending.pop_back();
+      if (!platform.ListFolder(at, &listed)) {
+        state.SkipWithError("a folder could not be listed");
+        return;
+      }
+      for (const NFolderEntry& entry : listed) {
+        ++entries;
+        if (entry.kind != NPathKind::kFolder) continue;
+        NUnicodeString child = at;
+        child += u'/';
+        child += entry.name;
+        pending.push_back(std::move(child));
+      }
+    }
+    benchmark::DoNotOptimize(entries);
+    clock.Stop();
+  }
+  clock.SetCounters(state, folder->files.size(), folder->bytes);
+  state.counters["entries"] = static_cast<double>(entries);
+}
+
+// The sessions tree walked through the library: names and kinds alone, or
+// every session loaded as a full record.
+template <bool kLoadRecords>
+void SessionWalk(benchmark::State& state) {
+  const NSessionFolder* folder = FolderOrSkip(state);
+  if (!folder) return;
+  NIniFileStore store(NUnicodeString::FromUtf8(folder->root), NUnicodeString(), NPlatform::Default());
+  NWalkClock clock;
+  std::uint64_t sessions = 0;
+  for (auto _ : state) {
+    clock.Start();
+    sessions = 0;
+    NReportMessageParams params;
+    std::unique_ptr<NProfileKey> root = store.OpenRootKey(true, params);
+    NSessionTree tree(*root, kLoadRecords ? NSessionTree::Detail::kExact : NSessionTree::Detail::kNamesAndKinds);
+    const bool walked = tree.Walk(
+        [&](const NSessionTreeEntry& entry) {
+          if (!entry.isSession) return true;
+          ++sessions;
+          if constexpr (kLoadRecords) {
+            SessionConfig record;
+            NReportMessageParams ignored;
+            record.Load(*entry.key, ignored);
+            benchmark::DoNotOptimize(record.m_terminal.m_rows.Get());
+          }
+          return true;
+        },
+        params);
+    if (!walked) {
+      state.SkipWithError("the sessions tree could not be walked");
+      return;
+    }
+    clock.Stop();
+  }
+  clock.SetCounters(state, folder->files.size(), folder->bytes);
+  state.counters["sessions"] = static_cast<double>(sessions);
+}
+
+void BM_SessionWalkNamesAndKinds(benchmark::State& state) { SessionWalk<false>(state); }
+void BM_SessionWalkAndLoadRecords(benchmark::State& state) { SessionWalk<true>(state); }
+
 // ---- Saving ----
 
 // A fresh copy of kSaveKeys session files spread over the 10,000-session
@@ -446,7 +528,10 @@ void RegisterBenchmarks() {
                               {"BM_FloorPlusSplit", BM_FloorPlusSplit},
                               {"BM_StoreLoadAndReadAll", BM_StoreLoadAndReadAll},
                               {"BM_StoreLoadAndIterate", BM_StoreLoadAndIterate},
-                              {"BM_StoreLoadOnly", BM_StoreLoadOnly}};
+                              {"BM_StoreLoadOnly", BM_StoreLoadOnly},
+                              {"BM_FloorListFolders", BM_FloorListFolders},
+                              {"BM_SessionWalkNamesAndKinds", BM_SessionWalkNamesAndKinds},
+                              {"BM_SessionWalkAndLoadRecords", BM_SessionWalkAndLoadRecords}};
   constexpr struct NSize {
     int sessions;
     int iterations;

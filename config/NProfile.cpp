@@ -30,3 +30,35 @@ bool NProfileBinary::Read(const NProfileKey& key, std::u16string_view name, NByt
   *value = std::move(bytes);
   return true;
 }
+
+bool NProfileEscapedSz::Read(const NProfileKey& key, std::u16string_view name, NUnicodeString* value) {
+  NUnicodeString stored;
+  if (!key.GetStringValue(name, &stored)) return false;
+  NUnicodeString text;
+  for (std::size_t i = 0; i < stored.size(); ++i) {
+    if (stored[i] != u'\\' || i + 1 == stored.size()) {
+      text += stored[i];
+      continue;
+    }
+    const char16_t next = stored[++i];
+    text += next == u'r' ? u'\r' : next == u'n' ? u'\n' : next;
+  }
+  *value = std::move(text);
+  return true;
+}
+
+bool NProfileEscapedSz::Write(NProfileKey& key, std::u16string_view name, const NUnicodeString& value) {
+  NUnicodeString stored;
+  for (const char16_t c : value) {
+    if (c == u'\r') {
+      stored += u"\\r";
+    } else if (c == u'\n') {
+      stored += u"\\n";
+    } else if (c == u'\\') {
+      stored += u"\\\\";
+    } else {
+      stored += c;
+    }
+  }
+  return key.SetStringValue(name, stored);
+}

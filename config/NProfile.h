@@ -104,6 +104,15 @@ struct NProfileSz {
   }
 };
 
+// String values that may hold line breaks, which a key file cannot: stored
+// with CR, LF and the backslash escaped as \r, \n and \\, as command
+// strings are written elsewhere.
+struct NProfileEscapedSz {
+  static bool Read(const NProfileKey& key, std::u16string_view name, NUnicodeString* value);
+  static bool Write(NProfileKey& key, std::u16string_view name, const NUnicodeString& value);
+  static NFieldValue Describe(const NUnicodeString& value) { return NProfileSz::Describe(value); }
+};
+
 // Multi-string values: string lists.
 struct NProfileMultiSz {
   static bool Read(const NProfileKey& key, std::u16string_view name, NStringArray* value) {
@@ -184,7 +193,7 @@ class NProfile2 final : public NProfileData {
   }
   // Counts the field as modified until it is saved, whatever it holds: a
   // value converted from an older name must reach its new name.
-  void Touch() { m_touched = true; }
+  void Touch() override { m_touched = true; }
 
   bool Read(const NProfileKey& key) override {
     T value;
@@ -227,6 +236,7 @@ using NProfileShort = NProfile<std::int16_t>;
 using NProfileTriState = NProfile<NTriState>;
 using NProfileColor = NProfile<NColor>;
 using NProfileString = NProfile2<NUnicodeString, NProfileSz>;
+using NProfileEscapedString = NProfile2<NUnicodeString, NProfileEscapedSz>;
 using NProfileEncrypted = NProfile2<NEncryptedString, NProfileSz>;
 using NProfileTime = NProfile2<NFileTime, NProfileSz>;
 using NProfileStrings = NProfile2<NStringArray, NProfileMultiSz>;

@@ -43,6 +43,8 @@ class NProfileData {
   virtual void Revert() = 0;
   // Takes the default back, as current and as loaded value.
   virtual void Reset() = 0;
+  // Counts the field as modified until it is saved, whatever it holds.
+  virtual void Touch() = 0;
   // The current value, for printing.
   virtual NFieldValue Describe() const = 0;
   // Takes the current value of `other`, a field of the same type.

@@ -118,6 +118,23 @@ TEST_F(NProfileTest, EveryKindRoundTripsThroughAFolder) {
   EXPECT_FALSE(loaded.IsModified());
 }
 
+TEST_F(NProfileTest, EscapedStringsCarryLineBreaksThroughAKeyFile) {
+  NProfileRecord record;
+  NProfileEscapedString command(&record, u"Command");
+  command = NUnicodeString(u"rz\r\nC:\\x\\");
+  auto key = m_folder.Key("Sample");
+  ASSERT_TRUE(record.WriteFields(*key, false));
+  ASSERT_TRUE(key->Flush());
+  NUnicodeString stored;
+  auto reread = m_folder.Key("Sample");
+  ASSERT_TRUE(reread->GetStringValue(u"Command", &stored));
+  EXPECT_EQ(stored, u"rz\\r\\nC:\\\\x\\\\");
+  NProfileRecord loaded;
+  NProfileEscapedString back(&loaded, u"Command");
+  ASSERT_TRUE(loaded.ReadFields(*reread));
+  EXPECT_EQ(back.Get(), command.Get());
+}
+
 TEST_F(NProfileTest, ResetTakesTheDefaultAsCurrentAndLoaded) {
   NSampleRecord record;
   record.m_count.Load(3);

@@ -67,7 +67,8 @@ class CFGDECK_API SessionConfig final : public NProfileRecord {
   NProfileString m_uploadDirectory{this, u"Upload Directory"};
   NProfileString m_downloadDirectory{this, u"Download Directory"};
   NProfileInt m_xmodemSendPacketSize{this, u"XModem Send Packet Size", 1024};
-  NProfileString m_zmodemReceiveCommand{this, u"ZModem Receive Command", NUnicodeString(u"rz\r")};
+  // "rz" and a carriage return; stored escaped, as a key file holds no line break.
+  NProfileEscapedString m_zmodemReceiveCommand{this, u"ZModem Receive Command", NUnicodeString(u"rz\r")};
   NProfileBool m_disableZmodem{this, u"Disable ZModem"};
   NProfileBool m_zmodemUses32BitCrc{this, u"ZModem Uses 32 Bit CRC"};
   NProfileBool m_force1024ForZmodem{this, u"Force 1024 for ZModem"};

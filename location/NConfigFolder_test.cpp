@@ -1,13 +1,16 @@
 #include "location/NConfigFolder.h"
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <chrono>
 #include <filesystem>
+#include <optional>
+#include <vector>
 
 #include "location/NRegistryBase.h"
 #include "location/NReportMessageRouter.h"
+#include "platform/testing/NScopedEnvironment.h"
+#include "platform/testing/NSymbolicLink.h"
 #include "platform/testing/NTestFiles.h"
 #include "store/NIniFileStoreFactory.h"
 #include "store/NRegistryAccess.h"
@@ -43,7 +46,7 @@ class NConfigFolderTest : public testing::Test {
             ("cfgdeck_folder_" + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
     fs::remove_all(m_dir);
     fs::create_directories(m_dir);
-    ::setenv("CFGDECK_REGISTRY_DIR", (m_dir / "registry").c_str(), 1);
+    m_registryDir.emplace("CFGDECK_REGISTRY_DIR", (m_dir / "registry").u16string());
     NResetRegistryBase();
     NSetAppName(u"Skeldon");
     g_traces = &m_traces;
@@ -56,7 +59,7 @@ class NConfigFolderTest : public testing::Test {
     NSetReportMessageRouterGetter(nullptr);
     NSetAppName(u"");
     NResetRegistryBase();
-    ::unsetenv("CFGDECK_REGISTRY_DIR");
+    m_registryDir.reset();
     fs::remove_all(m_dir);
   }
 
@@ -105,6 +108,7 @@ class NConfigFolderTest : public testing::Test {
   }
 
   fs::path m_dir;
+  std::optional<NScopedEnvironment> m_registryDir;
   TraceRecorder m_traces;
   std::unique_ptr<NIniFileStoreFactory> m_factory;
 };
@@ -114,9 +118,15 @@ TEST_F(NConfigFolderTest, UnderExeNeedsAGlobalFileInConfig) {
   EXPECT_EQ(GetAppConfigPathUnderExe(U16(m_dir / "app").c_str()), u"");
   NWriteFileBytes(m_dir / "app" / "Config" / "global.ini", "");
   EXPECT_EQ(GetAppConfigPathUnderExe(U16(m_dir / "app").c_str()), U16(m_dir / "app" / "Config"));
-  // As copied from Windows, in another case.
+  // As copied from Windows, in another case: the folder as it is on disk,
+  // where the file system tells cases apart.
   NWriteFileBytes(m_dir / "copied" / "config" / "GLOBAL.INI", "");
-  EXPECT_EQ(GetAppConfigPathUnderExe(U16(m_dir / "copied").c_str()), U16(m_dir / "copied" / "config"));
+  const NUnicodeString copied = GetAppConfigPathUnderExe(U16(m_dir / "copied").c_str());
+  if (NFileSystemIgnoresCase(m_dir)) {
+    EXPECT_TRUE(copied.EqualsIgnoreCase(U16(m_dir / "copied" / "config"))) << copied.ToUtf8();
+  } else {
+    EXPECT_EQ(copied, U16(m_dir / "copied" / "config"));
+  }
   // A folder named like the file is no file.
   fs::create_directories(m_dir / "odd" / "Config" / "global.ini");
   EXPECT_EQ(GetAppConfigPathUnderExe(U16(m_dir / "odd").c_str()), u"");
@@ -139,9 +149,9 @@ TEST_F(NConfigFolderTest, CommandLineFolderMustBeADirectory) {
 
   const fs::path folder = m_dir / "my config";
   fs::create_directories(folder);
-  fs::create_directory_symlink(folder, m_dir / "link");
-  const std::u16string given[] = {U16(folder), u"  \"" + U16(folder) + u"\" ", U16(m_dir / "link"),
-                                  U16(m_dir / "." / "my config")};
+  std::vector<std::u16string> given = {U16(folder), u"  \"" + U16(folder) + u"\" ", U16(m_dir / "." / "my config")};
+  // A link to the folder is resolved too, where the system can make one.
+  if (NMakeSymbolicLink(folder, m_dir / "link", true)) given.push_back(U16(m_dir / "link"));
   for (const std::u16string& path : given) {
     NReportMessageParams params;
     NUnicodeString result;

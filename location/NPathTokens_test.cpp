@@ -2,7 +2,22 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
+
+#include "platform/NPlatform.h"
+
 namespace {
+
+// `root` and then `names`, each after the system's separator, as an
+// expansion writes the part after the token.
+std::u16string Under(std::u16string_view root, std::initializer_list<std::u16string_view> names) {
+  std::u16string path(root);
+  for (const std::u16string_view name : names) {
+    path += NPlatform::Default().PathSeparator();
+    path += name;
+  }
+  return path;
+}
 
 NPathTokenRoots Roots() {
   NPathTokenRoots roots;
@@ -16,9 +31,10 @@ NPathTokenRoots Roots() {
 TEST(NPathTokensTest, EachTokenExpandsToItsRootWithTheSystemsSeparators) {
   const NPathTokenRoots roots = Roots();
   EXPECT_EQ(NExpandPathTokens(u"${NSW_CONFIG_PATH}\\Keymaps\\vt.key", roots),
-            u"/home/k/.config/app/Config/Keymaps/vt.key");
-  EXPECT_EQ(NExpandPathTokens(u"${NSW_INSTALL_PATH}\\Help", roots), u"/opt/app/Help");
-  EXPECT_EQ(NExpandPathTokens(u"${NSW_USER_DATA_PATH}\\Logs/a.log", roots), u"/home/k/.config/app/Logs/a.log");
+            Under(u"/home/k/.config/app/Config", {u"Keymaps", u"vt.key"}));
+  EXPECT_EQ(NExpandPathTokens(u"${NSW_INSTALL_PATH}\\Help", roots), Under(u"/opt/app", {u"Help"}));
+  EXPECT_EQ(NExpandPathTokens(u"${NSW_USER_DATA_PATH}\\Logs/a.log", roots),
+            Under(u"/home/k/.config/app", {u"Logs", u"a.log"}));
   EXPECT_EQ(NExpandPathTokens(u"${NSW_SSH_DATA_PATH}", roots), u"/home/k/.ssh");
   // Only at the start, only known roots, only the exact token.
   EXPECT_EQ(NExpandPathTokens(u"/x/${NSW_CONFIG_PATH}\\a", roots), u"/x/${NSW_CONFIG_PATH}\\a");
@@ -50,10 +66,10 @@ TEST(NPathTokensTest, RootsWithTheirOwnSeparatorsAndTheProcessRoots) {
   roots.install = u"/";
   EXPECT_EQ(NCollapsePathTokens(u"C:/Users/K/Config/Sessions", roots), u"${NSW_CONFIG_PATH}\\Sessions");
   EXPECT_EQ(NCollapsePathTokens(u"/usr/share/x", roots), u"${NSW_INSTALL_PATH}\\usr\\share\\x");
-  EXPECT_EQ(NExpandPathTokens(u"${NSW_INSTALL_PATH}\\usr\\share\\x", roots), u"/usr/share/x");
+  EXPECT_EQ(NExpandPathTokens(u"${NSW_INSTALL_PATH}\\usr\\share\\x", roots), Under(u"/usr", {u"share", u"x"}));
 
   NSetPathTokenRoots(Roots());
-  const std::u16string path = u"/home/k/.ssh/known_hosts";
+  const std::u16string path = Under(u"/home/k/.ssh", {u"known_hosts"});
   EXPECT_EQ(NCollapsePathTokens(path), u"${NSW_SSH_DATA_PATH}\\known_hosts");
   EXPECT_EQ(NExpandPathTokens(NCollapsePathTokens(path)), path);
   NSetPathTokenRoots(NPathTokenRoots());

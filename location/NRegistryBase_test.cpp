@@ -2,12 +2,12 @@
 #include "location/NRegistryBase.h"
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <filesystem>
 
 #include "location/NConfigFolder.h"
 #include "location/NPolicy.h"
+#include "platform/testing/NScopedEnvironment.h"
 #include "store/NIniRegistry.h"
 
 namespace {
@@ -98,7 +98,7 @@ TEST_F(NRegistryBaseTest, TheFirstOfFourProbesThatOpensIsTheBase) {
 }
 
 TEST_F(NRegistryBaseTest, TheRememberedFolderIsReadUnderTheChosenBase) {
-  ::setenv("CFGDECK_REGISTRY_DIR", m_dir.c_str(), 1);
+  NScopedEnvironment registryDir("CFGDECK_REGISTRY_DIR", m_dir.u16string());
   NResetRegistryBase();
   {
     std::unique_ptr<NRegistryKey> key;
@@ -112,7 +112,6 @@ TEST_F(NRegistryBaseTest, TheRememberedFolderIsReadUnderTheChosenBase) {
   NResetRegistryBase();
   EXPECT_EQ(GetAppConfigPath(u"Skeldon"), u"");
   NResetRegistryBase();
-  ::unsetenv("CFGDECK_REGISTRY_DIR");
 }
 
 TEST_F(NRegistryBaseTest, PoliciesAreReadFromTheKeyAndItsGlobalSubkey) {

@@ -5,7 +5,9 @@
 #include <map>
 #include <thread>
 
+#include "location/NMessageFormatter.h"
 #include "location/NMessageModule.h"
+#include "platform/NPlatform.h"
 
 namespace {
 
@@ -27,6 +29,16 @@ class FakeModule final : public NMessageModule {
 
 std::string TextOf(const NReportMessageParams& params) { return params.GetText().ToUtf8(); }
 
+// The system's own text of a Win32 code without insertions. Its words are
+// the system's: POSIX's built-in table holds English Windows' texts, while
+// Windows answers in its own language and Wine in its own wording ("Access
+// denied." for 5).
+std::string SystemText(std::uint32_t code) {
+  std::u16string text;
+  EXPECT_TRUE(NPlatform::Default().LookupSystemMessage(code, &text)) << code;
+  return NUnicodeString(text).ToUtf8();
+}
+
 TEST(NReportMessageParamsTest, LibraryMessageTakesItsArgument) {
   NReportMessageParams params(0x61380023);
   params.AddArgument(u"Skeldon");
@@ -36,11 +48,19 @@ TEST(NReportMessageParamsTest, LibraryMessageTakesItsArgument) {
 }
 
 TEST(NReportMessageParamsTest, SystemCodesResolveThroughTheSystemTables) {
-  EXPECT_EQ(TextOf(NReportMessageParams(5)), "Access is denied.\r\n");
-  // NTSTATUS texts come from the second table; their printf-style
-  // sequences are not insertions.
+  EXPECT_EQ(TextOf(NReportMessageParams(5)), SystemText(5));
+  // NTSTATUS texts come from the second table, expanded as any other: their
+  // printf-style sequences are no insertions.
   const std::string ntstatus = TextOf(NReportMessageParams(0xC0000005));
-  EXPECT_EQ(ntstatus.rfind("The instruction at 0x", 0), 0u) << ntstatus;
+  std::u16string table;
+  if (NPlatform::Default().LookupNtStatusMessage(0xC0000005, &table)) {
+    std::u16string expanded;
+    NMessageFormatter::Format(table, {}, &expanded);
+    EXPECT_EQ(ntstatus, NUnicodeString(expanded).ToUtf8());
+  } else {
+    // Wine's NTDLL carries no message table; Windows' always does.
+    EXPECT_EQ(ntstatus, "Could not retrieve the error text for error code 0xc0000005.\r\n");
+  }
 }
 
 TEST(NReportMessageParamsTest, UnknownCodeGivesTheFallbackWithEightLowercaseDigits) {
@@ -60,7 +80,7 @@ TEST(NReportMessageParamsTest, ResolutionOrder) {
     std::string expected;
   };
   const Case cases[] = {
-      {5, "Access is denied.\r\n"},                  // system tables first for system codes
+      {5, SystemText(5)},                             // system tables first for system codes
       {0x00004321, "source knows arg\r\n"},           // then the source module
       {0x61380023, "source's own arg\r\n"},           // a customer code skips the system, source before library
       {0xE138F0F0, "only the source\r\n"},
@@ -98,7 +118,7 @@ TEST(NReportMessageParamsTest, TextIsCachedUntilTheInputsChange) {
   params.Clear();
   EXPECT_EQ(params.GetCode(), 0u);
   EXPECT_TRUE(params.GetArguments().IsEmpty());
-  EXPECT_EQ(TextOf(params), "The operation completed successfully.\r\n");
+  EXPECT_EQ(TextOf(params), SystemText(0));
 }
 
 TEST(NReportMessageParamsTest, CopiesCarryEverythingAndCrossThreads) {
@@ -154,7 +174,7 @@ TEST(NReportMessageRouterTest, NothingIsRoutedBeforeAGetterIsInstalled) {
   NRouteMessage(NReportMessageParams(5));
   NSetReportMessageRouterGetter(nullptr);
   EXPECT_EQ(g_router.traces, std::vector<std::string>{"kept\n"});
-  EXPECT_EQ(g_router.messages, std::vector<std::string>{"Access is denied.\r\n"});
+  EXPECT_EQ(g_router.messages, std::vector<std::string>{SystemText(5)});
 }
 
 }  // namespace

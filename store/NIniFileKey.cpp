@@ -448,7 +448,10 @@ bool NIniFileKey::SaveFiles(NReportMessageParams& params) {
     // A full disk fails here, while the old content is still whole.
     if (NStatus status = targets[i].file->Reserve(targets[i].content.size()); !status) return fail(status);
   }
-  for (int i = 0; i < count; ++i) {
+  // The private file first: a save cut short between the two then leaves the
+  // personal values in both files (the main one may hold them from before
+  // the private root was used) rather than in neither.
+  for (int i = count - 1; i >= 0; --i) {
     SaveTarget& target = targets[i];
     if (NStatus status = Rewrite(target); !status) return fail(status);
     if (m_store.Options().syncOnSave) {
@@ -589,7 +592,7 @@ std::unique_ptr<NProfileKeyIterator> NIniFileKey::CreateIterator(bool values) {
   // Listing goes through the key's own folder too: it must be a real one.
   NUnicodeString folder;
   if (NStatus way = NFindKeyPath(m_store.Platform(), m_store.Root(), m_path, u"", &folder); !way && !way.IsNotFound()) {
-    return std::make_unique<Iterator>();
+    return std::make_unique<Iterator>(std::move(way));
   }
   return std::make_unique<Iterator>(m_store.Platform(), folder);
 }

@@ -81,6 +81,7 @@ NIniFileKey::Iterator::Iterator(NPlatform& platform, const NUnicodeString& folde
     line += folder;
     line += u"\n";
     NTrace(line);
+    m_listStatus = std::move(status);
     return;
   }
   for (NFolderEntry& entry : entries) {

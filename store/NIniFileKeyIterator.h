@@ -23,6 +23,8 @@ class NIniFileKey::Iterator final : public NProfileKeyIterator {
  public:
   // Over nothing.
   Iterator() = default;
+  // Over nothing, because the sub-keys could not be listed.
+  explicit Iterator(NStatus failure) : m_listStatus(std::move(failure)) {}
   // Over the sub-keys in `folder`.
   Iterator(NPlatform& platform, const NUnicodeString& folder);
   // Over the values of `key`.
@@ -30,6 +32,11 @@ class NIniFileKey::Iterator final : public NProfileKeyIterator {
 
   bool Next(NUnicodeString* name, std::uint32_t* kind) override;
   bool NextName(NUnicodeString* name) override;
+
+  // Why the sub-keys could not be listed, in which case there are no
+  // entries; ok otherwise. A missing folder (a key without sub-keys) is
+  // not found.
+  const NStatus& ListStatus() const { return m_listStatus; }
 
   // The iterator's order: negative, zero or positive.
   static int Compare(std::u16string_view a, std::u16string_view b);
@@ -55,4 +62,5 @@ class NIniFileKey::Iterator final : public NProfileKeyIterator {
   std::string m_names;
   std::vector<Entry> m_entries;
   std::size_t m_next = 0;
+  NStatus m_listStatus;
 };

@@ -1,11 +1,11 @@
 #include "store/NIniRegistry.h"
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <filesystem>
 #include <optional>
 
+#include "platform/testing/NScopedEnvironment.h"
 #include "platform/testing/NTestFiles.h"
 #include "store/NRegistryAccess.h"
 
@@ -13,39 +13,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Sets (or with nullopt unsets) an environment variable for one test.
-class ScopedEnvironment {
- public:
-  ScopedEnvironment(const char* name, std::optional<std::string> value) : m_name(name) {
-    if (const char* old = ::getenv(name)) m_old = old;
-    if (value) {
-      ::setenv(name, value->c_str(), 1);
-    } else {
-      ::unsetenv(name);
-    }
-  }
-  ~ScopedEnvironment() {
-    if (m_old) {
-      ::setenv(m_name, m_old->c_str(), 1);
-    } else {
-      ::unsetenv(m_name);
-    }
-  }
-  ScopedEnvironment(const ScopedEnvironment&) = delete;
-  ScopedEnvironment& operator=(const ScopedEnvironment&) = delete;
-
- private:
-  const char* m_name;
-  std::optional<std::string> m_old;
-};
-
 class NIniRegistryTest : public testing::Test {
  protected:
   void SetUp() override {
     m_dir = fs::path(testing::TempDir()) /
             ("cfgdeck_registry_" + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
     fs::remove_all(m_dir);
-    m_override.emplace("CFGDECK_REGISTRY_DIR", m_dir.string());
+    m_override.emplace("CFGDECK_REGISTRY_DIR", m_dir.u16string());
   }
   void TearDown() override {
     m_override.reset();
@@ -71,7 +45,7 @@ class NIniRegistryTest : public testing::Test {
   }
 
   fs::path m_dir;
-  std::optional<ScopedEnvironment> m_override;
+  std::optional<NScopedEnvironment> m_override;
 };
 
 constexpr NRegistryHive kUser = NRegistryHive::kCurrentUser;
@@ -142,30 +116,9 @@ TEST_F(NIniRegistryTest, HivesAreSeparate) {
   EXPECT_EQ(machine, 0u);
 }
 
-TEST_F(NIniRegistryTest, FoldersComeFromTheOverrideOrTheUsersConfigurationFolder) {
+TEST_F(NIniRegistryTest, FoldersComeFromTheOverride) {
   EXPECT_EQ(NUnicodeString(Folder(kUser)).ToUtf8(), (m_dir / "HKEY_CURRENT_USER").string());
   EXPECT_EQ(NUnicodeString(Folder(kMachine)).ToUtf8(), (m_dir / "HKEY_LOCAL_MACHINE").string());
-
-  ScopedEnvironment noOverride("CFGDECK_REGISTRY_DIR", std::nullopt);
-  {
-    ScopedEnvironment xdg("XDG_CONFIG_HOME", "/xdg/config");
-    EXPECT_EQ(Folder(kUser), u"/xdg/config/cfgdeck/registry");
-    EXPECT_EQ(Folder(kMachine), u"/etc/cfgdeck/registry");
-  }
-  for (const std::optional<std::string>& xdg :
-       {std::optional<std::string>(), std::optional<std::string>(""), std::optional<std::string>("relative/config")}) {
-    ScopedEnvironment config("XDG_CONFIG_HOME", xdg);
-    ScopedEnvironment home("HOME", "/home/k\xc3\xb6nig");
-    EXPECT_EQ(Folder(kUser), u"/home/k\u00f6nig/.config/cfgdeck/registry");
-  }
-}
-
-TEST_F(NIniRegistryTest, WithoutTheOverrideTheUsersKeysLiveUnderXdgConfigHome) {
-  ScopedEnvironment noOverride("CFGDECK_REGISTRY_DIR", std::nullopt);
-  ScopedEnvironment xdg("XDG_CONFIG_HOME", (m_dir / "xdg").string());
-  ASSERT_TRUE(Open(kUser, u"SOFTWARE\\Nerrin\\Parrow", true)->SetString(u"Config Path", u"/srv/cfg").IsOk());
-  EXPECT_EQ(NReadFileBytes(m_dir / "xdg/cfgdeck/registry/SOFTWARE/Nerrin/Parrow.ini"),
-            "\xEF\xBB\xBFS:\"Config Path\"=/srv/cfg\r\n");
 }
 
 }  // namespace

@@ -10,7 +10,10 @@
 #include "platform/NConsole.h"
 #include "platform/NPlatform.h"
 #include "tools/NGlobalCommands.h"
+#include "tools/NKeyPrinterCommands.h"
 #include "tools/NPathCommands.h"
+#include "tools/NSessionCommands.h"
+#include "tools/NPersonalCommands.h"
 #include "tools/NStoreCommands.h"
 #include "tools/NToolOutput.h"
 #include "location/NConfigFolder.h"
@@ -93,7 +96,35 @@ int NCommandLine::Run(const std::vector<std::string>& args) {
   CLI::App* product = app.add_subcommand(
       "product", "Print the product ids, the installed companion applications and the shared cache's names");
 
+  // Session paths are relative to "Sessions", with \ or / between names.
+  std::string sessionPath, newName, newPath, location, oldName;
+  bool isNew = false;
+  CLI::App* sessions = app.add_subcommand("sessions", "List the sessions tree depth first; folders end in \\");
+  CLI::App* session = app.add_subcommand("session", "Load a session (running its migrations) and print every field");
+  session->add_option("PATH", sessionPath, "The session's path, e.g. Lab/router1")->required();
+  session->add_flag("--json", json, "One JSON object, keyed by the value names");
+  session->add_flag("--save", save, "Then save the session, unchanged values included");
+  CLI::App* newSession = app.add_subcommand("new-session", "Create a session from the session Default, and save it");
+  newSession->add_option("PATH", sessionPath, "The new session's path")->required();
+  CLI::App* renameSession = app.add_subcommand("rename-session", "Give a session a new name in its folder");
+  renameSession->add_option("PATH", sessionPath, "The session's path")->required();
+  renameSession->add_option("NEWNAME", newName, "The new name")->required();
+  CLI::App* copySession = app.add_subcommand("copy-session", "Copy a session to a new path");
+  copySession->add_option("PATH", sessionPath, "The session's path")->required();
+  copySession->add_option("NEWPATH", newPath, "The copy's path")->required();
+  CLI::App* deleteSession = app.add_subcommand("delete-session", "Delete a session");
+  deleteSession->add_option("PATH", sessionPath, "The session's path")->required();
+  CLI::App* validateName = app.add_subcommand(
+      "validate-name", "Check a session name: exit 0 when it may be used, else print its message code and text");
+  validateName->add_flag("--new", isNew, "The name is for a new session in the folder LOCATION");
+  validateName->add_option("LOCATION", location, "The new session's folder, or the renamed session's path")
+      ->required();
+  validateName->add_option("OLDNAME", oldName, "The session's current name (any text for a new one)")->required();
+  validateName->add_option("NEWNAME", newName, "The name to check")->required();
+
   NPathCommands paths(app);
+  NKeyPrinterCommands keyPrinter(app);
+  NPersonalCommands personal(app);
 
   // CLI11 takes the arguments last first, without the program name.
   std::vector<std::string> reversed(args.rbegin(), args.rend());
@@ -116,6 +147,8 @@ int NCommandLine::Run(const std::vector<std::string>& args) {
   ResolveConfigFolder();
   if (message->parsed()) return Message(code, messageArguments);
   if (paths.Parsed()) return paths.Run();
+  if (keyPrinter.Parsed()) return keyPrinter.Run();
+  if (personal.Parsed()) return personal.Run(m_configFolder);
   NStoreCommands store(m_configFolder);
   if (dump->parsed()) return store.Dump(key);
   if (keys->parsed()) return store.Keys(key);
@@ -143,6 +176,15 @@ int NCommandLine::Run(const std::vector<std::string>& args) {
   if (check->parsed()) return store.Check(key);
   if (global->parsed()) return NGlobalCommands(m_configFolder, m_appName).Global(productId, json, save);
   if (product->parsed()) return NGlobalCommands(m_configFolder, m_appName).Product();
+  if (sessions->parsed()) return NSessionCommands(m_configFolder, m_appName).List();
+  if (session->parsed()) return NSessionCommands(m_configFolder, m_appName).Show(sessionPath, json, save);
+  if (newSession->parsed()) return NSessionCommands(m_configFolder, m_appName).Create(sessionPath);
+  if (renameSession->parsed()) return NSessionCommands(m_configFolder, m_appName).Rename(sessionPath, newName);
+  if (copySession->parsed()) return NSessionCommands(m_configFolder, m_appName).Copy(sessionPath, newPath);
+  if (deleteSession->parsed()) return NSessionCommands(m_configFolder, m_appName).Delete(sessionPath);
+  if (validateName->parsed()) {
+    return NSessionCommands(m_configFolder, m_appName).ValidateName(location, oldName, newName, isNew);
+  }
   return Overview();
 }
 

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "tools/NToolStore.h"
+
 // The commands on the global record and the product: `global` and
 // `product`. The configuration folder's store is registered as the
 // library's store factory for the command's duration.
@@ -20,5 +22,5 @@ class NGlobalCommands {
   int Summary();
 
  private:
-  std::string m_folder;
+  NToolStore m_store;
 };

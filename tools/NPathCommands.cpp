@@ -37,6 +37,10 @@ std::string Coded(std::uint32_t code, const std::string& text) {
 NPathCommands::NPathCommands(CLI::App& app, Output out, Output err) : m_out(std::move(out)), m_err(std::move(err)) {
   m_path = app.add_subcommand("path", "Find a configuration folder the ways a host does");
   m_path->require_subcommand(1);
+  // The arguments are paths, and a path may start with "/" on Windows too,
+  // where CLI11 would take it for an option. Set before the subcommands are
+  // added, which copy it.
+  m_path->allow_windows_style_options(false);
   m_underExe = m_path->add_subcommand(
       "under-exe", "Print DIR's folder \"Config\" when it holds \"global.ini\" (the portable layout)");
   m_underExe->add_option("DIR", m_argument, "The executable's folder")->required();

@@ -1,12 +1,13 @@
 #include "tools/NPathCommands.h"
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 #include <CLI/CLI.hpp>
 
 #include <filesystem>
+#include <optional>
 
 #include "location/NRegistryBase.h"
+#include "platform/testing/NScopedEnvironment.h"
 #include "platform/testing/NTestFiles.h"
 #include "uicore/NAppName.h"
 
@@ -22,14 +23,14 @@ class NPathCommandsTest : public testing::Test {
             ("cfgdeck_path_" + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
     fs::remove_all(m_dir);
     fs::create_directories(m_dir);
-    ::setenv("CFGDECK_REGISTRY_DIR", (m_dir / "registry").c_str(), 1);
+    m_registryDir.emplace("CFGDECK_REGISTRY_DIR", (m_dir / "registry").u16string());
     NResetRegistryBase();
     NSetAppName(u"Skeldon");
   }
   void TearDown() override {
     NSetAppName(u"");
     NResetRegistryBase();
-    ::unsetenv("CFGDECK_REGISTRY_DIR");
+    m_registryDir.reset();
     fs::remove_all(m_dir);
   }
 
@@ -55,13 +56,14 @@ class NPathCommandsTest : public testing::Test {
   }
 
   fs::path m_dir;
+  std::optional<NScopedEnvironment> m_registryDir;
   std::string out, err;
 };
 
 TEST_F(NPathCommandsTest, UnderExeAndCommandLinePrintTheFolderOrWhyNot) {
   NWriteFileBytes(m_dir / "app/Config/global.ini", "");
   EXPECT_EQ(Run({"path", "under-exe", (m_dir / "app").string()}), 0);
-  EXPECT_EQ(out, (m_dir / "app/Config").string() + "\n");
+  EXPECT_EQ(out, (m_dir / "app" / "Config").string() + "\n");
   EXPECT_EQ(Run({"path", "under-exe", m_dir.string()}), 1);
   EXPECT_EQ(out, "");
   EXPECT_NE(err.find("global.ini"), std::string::npos) << err;

@@ -160,5 +160,129 @@ check "product names the application's ids" 0 $?
 run "${cfg[@]}" global --product x
 check "a product id that is no number is bad usage" 2 "$status"
 
+# ---- the sessions tree ----
+sessions_dir="$(mktemp -d)"
+cp -r "$examples" "$sessions_dir/config"
+scfg=(--config "$sessions_dir/config")
+mkdir -p "$sessions_dir/config/Sessions/Lab/Deep"
+printf '\xef\xbb\xbfS:"Note"=folder settings\r\n' > "$sessions_dir/config/Sessions/Lab/__FolderData__.ini"
+printf '\xef\xbb\xbfD:"Is Session"=00000001\r\nS:"Login Script"=login:\tme\r\n' \
+  > "$sessions_dir/config/Sessions/Lab/Deep/old.ini"
+run "${scfg[@]}" sessions
+check "sessions lists the tree depth first, folders with a trailing \\" \
+  $'Default\nLab\\\nLab\\Deep\\\nLab\\Deep\\old\nLab\\router1\nLab\\switch-console\nProduction\\\nProduction\\mainframe\nProduction\\web01\n' "$out"
+run "${scfg[@]}" session Lab/Deep/old
+check "session exit" 0 "$status"
+[[ "$out" == *$'\nLogin Script V3=["\\"login:\\",\\"me\\",0"]\n'* && "$out" == *$'\nRows=24\n'* ]]
+check "session prints the migrated logon script and the defaults" 0 $?
+run "${scfg[@]}" dump Sessions/Lab/Deep/old
+[[ "$out" == *$'S:"Login Script"=\r\n'* ]]; check "the old logon script is blanked on disk at once" 0 $?
+run "${scfg[@]}" session Lab/router1 --json
+[[ "$out" == *'"Is Session": true'* && "$out" == *'"SCP Shell Prompts": ['* ]]; check "session --json" 0 $?
+run "${scfg[@]}" new-session Lab/fresh
+check "new-session" 0 "$status"
+run "${scfg[@]}" new-session Lab/fresh
+check "new-session refuses a name in use" $'0xe1380006 \'fresh\' is already in use.' "$err"
+run "${scfg[@]}" rename-session Lab/fresh FRESH
+check "a change of case is a rename" 0 "$status"
+run "${scfg[@]}" copy-session Lab/FRESH Production/copy
+check "copy-session" 0 "$status"
+run "${scfg[@]}" delete-session Production/copy
+check "delete-session" 0 "$status"
+run "${scfg[@]}" delete-session Production/copy
+check "deleting a missing session fails" 1 "$status"
+run "${scfg[@]}" validate-name --new Lab x 'a*b/c'
+check "validate-name reports the first illegal character in set order" \
+  $'0x61380084 The name contains an illegal character: \' / \'\n' "$out"
+check "validate-name refusing exits 1" 1 "$status"
+run "${scfg[@]}" validate-name Lab/router1 router1 ROUTER1
+check "validate-name accepts a change of case" 0 "$status"
+run "${scfg[@]}" validate-name --new Lab x lpt9.log
+[[ "$out" == 0x61380085* ]]; check "validate-name refuses reserved device names" 0 $?
+
+# ---- packed keys ----
+run key-string 0x5E00002E
+check "key-string: the five modifiers in order, a tab, the key" $'Alt-Ctrl-Shift-Extended-Windows-\t46\n' "$out"
+check "key-string exit" 0 "$status"
+run key-string 335544366
+check "key-string takes decimal" $'Alt-Ctrl-\t46\n' "$out"
+run key-string 0xA1000000
+check "key-string: bits outside the modifier mask stay with the key" $'\t2701131776\n' "$out"
+run key-string 0x100000000
+check "key-string of more than 32 bits is bad usage" 2 "$status"
+
+# ---- the printer service, against a CUPS that is not there ----
+printf '#!/bin/sh\nexec env -u LPDEST -u PRINTER CUPS_SERVER="%s/no-cups.sock" HOME="%s" "%s" "$@"\n' \
+  "$scratch" "$scratch" "$tool" > "$scratch/no-printers"
+chmod +x "$scratch/no-printers"
+real_tool="$tool"
+tool="$scratch/no-printers"
+run printer status --timeout 5000
+[[ "$out" == $'3\tPrinter initialization failed: CUPS destinations: '*$'\n' ]]
+check "printer status: state, tab, the failure with the back end's detail" 0 $?
+check "printer status of a failed start exits 1" 1 "$status"
+[[ "$err" == "cfgdeck: 0xe1380206: Printer initialization failed: CUPS destinations: "* ]]
+check "printer status gives the reason on stderr" 0 $?
+run printer status --timeout -1
+check "a negative timeout is bad usage" 2 "$status"
+run printer margins 0.5 0.5 0.5 0.5
+check "printer margins without a default printer" "cfgdeck: 0xe138f040: There is no default printer." "$err"
+check "printer margins without a default printer exits 1" 1 "$status"
+run printer margins 0.5 0.5 0.5
+check "printer margins needs four margins" 2 "$status"
+run printer --help
+check "printer --help exits 0" 0 "$status"
+tool="$real_tool"
+
+# ---- the personal data folder ----
+personal_dir="$(cd "$(mktemp -d)" && pwd -P)"
+export CFGDECK_REGISTRY_DIR="$personal_dir/registry"
+cp -r "$examples" "$personal_dir/cfg"
+pcfg=(--config "$personal_dir/cfg")
+run "${pcfg[@]}" personal status
+check "personal status with nothing remembered" \
+  "Personal Data Path="$'\n'"Store Personal Data Separately=false"$'\n'"Do Personal Data Migration=false"$'\n'"Do Personal Data Merge=false"$'\n'"Folder in use=$personal_dir/cfg"$'\n' "$out"
+run "${pcfg[@]}" personal migrate
+check "personal migrate exit" 0 "$status"
+check "personal migrate counts the sessions" \
+  "Moved the personal values of 5 sessions into $personal_dir/cfg.personal"$'\n' "$out"
+[[ -f "$personal_dir/cfg.personal/Sessions/Lab/router1.ini" && -f "$personal_dir/cfg.personal/Sessions/Default.ini" ]]
+check "the personal values are in the personal data folder" 0 $?
+grep -q Username "$personal_dir/cfg/Sessions/Lab/router1.ini"
+check "and no longer in the configuration folder" 1 $?
+check "the personal files are the owner's alone" "700 600" \
+  "$(stat -c %a "$personal_dir/cfg.personal/Sessions/Lab") $(stat -c %a "$personal_dir/cfg.personal/Sessions/Lab/router1.ini")"
+cmp -s "$personal_dir/cfg/Sessions/Lab/switch-console.ini" "$examples/Sessions/Lab/switch-console.ini"
+check "a session without personal values is left alone" 0 $?
+run "${pcfg[@]}" personal status
+check "migrate remembers the folder" \
+  "Personal Data Path=$personal_dir/cfg.personal"$'\n'"Store Personal Data Separately=true"$'\n'"Do Personal Data Migration=false"$'\n'"Do Personal Data Merge=false"$'\n'"Folder in use=$personal_dir/cfg.personal"$'\n' "$out"
+run "${pcfg[@]}" personal migrate --folder "$personal_dir/cfg"
+check "the configuration folder itself is refused" \
+  $'cfgdeck: 0x61380024: The Personal Data Folder cannot be the same folder as the Configuration Folder.\r' "$err"
+check "refusing exits 1" 1 "$status"
+mkdir -p "$personal_dir/other/Sessions"
+printf '\xef\xbb\xbfS:"Password"=x\r\n' > "$personal_dir/other/Sessions/ghost.ini"
+run "${pcfg[@]}" personal merge --folder "$personal_dir/other"
+[[ "$err" == "cfgdeck: 0xe1380025: The personal data folder could not be merged with the configuration folder"* ]]
+check "a personal data folder of another configuration is not merged" 0 $?
+check "the refused merge exits 1" 1 "$status"
+run "${pcfg[@]}" personal merge
+check "personal merge exit" 0 "$status"
+check "personal merge counts the sessions" \
+  "Merged the personal values of 5 sessions from $personal_dir/cfg.personal into $personal_dir/cfg"$'\n' "$out"
+for session in Default Lab/router1 Lab/switch-console Production/mainframe Production/web01; do
+  cmp -s "$personal_dir/cfg/Sessions/$session.ini" "$examples/Sessions/$session.ini"
+  check "after the round trip $session is as it was" 0 $?
+done
+[[ ! -e "$personal_dir/cfg.personal/Sessions" && -f "$(echo "$personal_dir"/cfg.personal/Sessions-merged-*/Lab/router1.ini)" ]]
+check "the merged personal values are kept aside" 0 $?
+run "${pcfg[@]}" personal status
+[[ "$out" == *$'\nStore Personal Data Separately=false\n'* ]]; check "merge remembers the choice" 0 $?
+run personal
+check "personal without a command is bad usage" 2 "$status"
+unset CFGDECK_REGISTRY_DIR
+rm -rf "$personal_dir"
+
 echo "$((checks - failures)) passed, $failures failed"
 [[ $failures -eq 0 ]]

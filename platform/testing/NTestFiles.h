@@ -5,6 +5,7 @@
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 // Whole-file reads and writes for tests that check bytes on disk directly,
 // past the code under test.
@@ -21,4 +22,15 @@ inline std::string NReadFileBytes(const std::filesystem::path& path) {
 inline void NWriteFileBytes(const std::filesystem::path& path, std::string_view bytes) {
   if (path.has_parent_path()) std::filesystem::create_directories(path.parent_path());
   std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
+}
+
+// Whether the file system holding `folder` (which must exist) takes names
+// that differ only in case for one name, as Windows' does.
+inline bool NFileSystemIgnoresCase(const std::filesystem::path& folder) {
+  const std::filesystem::path probe = folder / "cfgdeck_case_probe";
+  NWriteFileBytes(probe, "");
+  std::error_code error;
+  const bool ignores = std::filesystem::exists(folder / "CFGDECK_CASE_PROBE", error);
+  std::filesystem::remove(probe, error);
+  return ignores;
 }

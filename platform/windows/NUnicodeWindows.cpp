@@ -18,9 +18,75 @@ std::u16string ToUtf16(UINT codePage, DWORD flags, std::string_view bytes) {
   return out;
 }
 
+// Malformed UTF-8 with one U+FFFD for each maximal ill-formed subpart, as
+// the Unicode standard recommends and ICU does on POSIX, so that a damaged
+// file reads the same on every system: how many replacements
+// MultiByteToWideChar makes differs between Windows versions and Wine.
+std::u16string DecodeMalformed(std::string_view utf8) {
+  const auto* p = reinterpret_cast<const unsigned char*>(utf8.data());
+  const std::size_t n = utf8.size();
+  std::u16string out;
+  out.reserve(n);
+  std::size_t i = 0;
+  while (i < n) {
+    const unsigned char c = p[i];
+    if (c < 0x80) {
+      out.push_back(c);
+      ++i;
+      continue;
+    }
+    std::size_t length;
+    unsigned char low = 0x80, high = 0xBF;  // the range of the second byte
+    if (c >= 0xC2 && c <= 0xDF) {
+      length = 2;
+    } else if (c >= 0xE0 && c <= 0xEF) {
+      length = 3;
+      if (c == 0xE0) low = 0xA0;
+      if (c == 0xED) high = 0x9F;
+    } else if (c >= 0xF0 && c <= 0xF4) {
+      length = 4;
+      if (c == 0xF0) low = 0x90;
+      if (c == 0xF4) high = 0x8F;
+    } else {
+      out.push_back(u'\uFFFD');
+      ++i;
+      continue;
+    }
+    std::size_t end = i + 1;
+    if (end < n && p[end] >= low && p[end] <= high) {
+      ++end;
+      while (end < i + length && end < n && (p[end] & 0xC0) == 0x80) ++end;
+    }
+    if (end - i < length) {
+      out.push_back(u'\uFFFD');  // the lead byte and the continuation bytes that fit it
+      i = end;
+      continue;
+    }
+    char32_t code = c & (0xFF >> (length + 1));
+    for (std::size_t k = i + 1; k < end; ++k) code = (code << 6) | (p[k] & 0x3F);
+    if (code > 0xFFFF) {
+      code -= 0x10000;
+      out.push_back(static_cast<char16_t>(0xD800 + (code >> 10)));
+      out.push_back(static_cast<char16_t>(0xDC00 + (code & 0x3FF)));
+    } else {
+      out.push_back(static_cast<char16_t>(code));
+    }
+    i = end;
+  }
+  return out;
+}
+
 }  // namespace
 
-std::u16string NUtf8ToUtf16(std::string_view utf8) { return ToUtf16(CP_UTF8, 0, utf8); }
+std::u16string NUtf8ToUtf16(std::string_view utf8) {
+  if (utf8.empty()) return {};
+  std::u16string out(utf8.size(), u'\0');
+  const int n = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, utf8.data(), static_cast<int>(utf8.size()),
+                                    Wide(out.data()), static_cast<int>(out.size()));
+  if (n <= 0) return DecodeMalformed(utf8);
+  out.resize(static_cast<size_t>(n));
+  return out;
+}
 
 std::string NUtf16ToUtf8(std::u16string_view utf16) {
   if (utf16.empty()) return {};
@@ -42,9 +108,17 @@ std::u16string NAnsiToUtf16(std::string_view bytes) { return ToUtf16(CP_ACP, MB_
 char16_t NFoldCase(char16_t c) {
   if (c < 0x80) return (c >= u'A' && c <= u'Z') ? static_cast<char16_t>(c + 32) : c;
   if (c >= 0xD800 && c <= 0xDFFF) return c;
-  wchar_t folded = 0;
+  // The lower case of the upper case: names that CompareStringOrdinal calls
+  // equal have one upper case, so they fold alike and hash alike, whatever
+  // the lower-case table says of them. Without LCMAP_LINGUISTIC_CASING the
+  // mapping is the file system's, the one CompareStringOrdinal uses.
   const wchar_t in = static_cast<wchar_t>(c);
-  if (LCMapStringEx(LOCALE_NAME_INVARIANT, LCMAP_LOWERCASE, &in, 1, &folded, 1, nullptr, nullptr, 0) != 1) return c;
+  wchar_t upper = in;
+  if (LCMapStringEx(LOCALE_NAME_INVARIANT, LCMAP_UPPERCASE, &in, 1, &upper, 1, nullptr, nullptr, 0) != 1) upper = in;
+  wchar_t folded = upper;
+  if (LCMapStringEx(LOCALE_NAME_INVARIANT, LCMAP_LOWERCASE, &upper, 1, &folded, 1, nullptr, nullptr, 0) != 1) {
+    return c;
+  }
   return static_cast<char16_t>(folded);
 }
 

@@ -19,7 +19,8 @@ OVERLAPPED At(std::uint64_t offset) {
 
 }  // namespace
 
-NWindowsFile::NWindowsFile(void* handle, std::u16string path) : m_handle(handle), m_path(std::move(path)) {}
+NWindowsFile::NWindowsFile(void* handle, std::u16string path, bool writable)
+    : m_handle(handle), m_path(std::move(path)), m_writable(writable) {}
 
 NWindowsFile::~NWindowsFile() { CloseHandle(m_handle); }
 
@@ -60,6 +61,9 @@ NStatus NWindowsFile::Write(std::uint64_t offset, const void* data, std::size_t 
 }
 
 NStatus NWindowsFile::Truncate(std::uint64_t length) {
+  // Refused alike everywhere: Windows says access denied, Wine invalid
+  // parameter.
+  if (!m_writable) return NStatus::Error(NStatus::kAccessDenied, "truncate", m_path);
   FILE_END_OF_FILE_INFO info = {};
   info.EndOfFile.QuadPart = static_cast<LONGLONG>(length);
   return SetFileInformationByHandle(m_handle, FileEndOfFileInfo, &info, sizeof info) ? NStatus::Ok()
@@ -67,6 +71,9 @@ NStatus NWindowsFile::Truncate(std::uint64_t length) {
 }
 
 NStatus NWindowsFile::Reserve(std::uint64_t length) {
+  // A reservation is a change of the file: a handle that cannot write may
+  // not make one, also where the file system could not reserve anyway.
+  if (!m_writable) return NStatus::Error(NStatus::kAccessDenied, "reserve", m_path);
   // An allocation below the end of the file would cut it; reserving never
   // changes the visible length.
   FILE_STANDARD_INFO standard = {};
@@ -74,8 +81,14 @@ NStatus NWindowsFile::Reserve(std::uint64_t length) {
   if (static_cast<std::uint64_t>(standard.EndOfFile.QuadPart) >= length) return NStatus::Ok();
   FILE_ALLOCATION_INFO info = {};
   info.AllocationSize.QuadPart = static_cast<LONGLONG>(length);
-  return SetFileInformationByHandle(m_handle, FileAllocationInfo, &info, sizeof info) ? NStatus::Ok()
-                                                                                     : Failure("reserve");
+  if (SetFileInformationByHandle(m_handle, FileAllocationInfo, &info, sizeof info)) return NStatus::Ok();
+  // Some file systems and redirectors cannot reserve (nor can Wine); writing
+  // is then the only test of space, as it is without a reservation.
+  const DWORD error = GetLastError();
+  if (error == ERROR_INVALID_FUNCTION || error == ERROR_NOT_SUPPORTED || error == ERROR_CALL_NOT_IMPLEMENTED) {
+    return NStatus::Ok();
+  }
+  return NStatus::Error(error, "reserve", m_path);
 }
 
 NStatus NWindowsFile::Lock(std::uint64_t offset, std::uint64_t length, NLockKind kind,

@@ -11,8 +11,9 @@
 // through the handle that holds the lock.
 class NWindowsFile final : public NFile {
  public:
-  // Takes ownership of the handle (a HANDLE).
-  NWindowsFile(void* handle, std::u16string path);
+  // Takes ownership of the handle (a HANDLE), opened for writing too when
+  // `writable`.
+  NWindowsFile(void* handle, std::u16string path, bool writable);
   ~NWindowsFile() override;
 
   NStatus Read(std::uint64_t offset, void* buffer, std::size_t size, std::size_t* bytesRead) override;
@@ -29,4 +30,5 @@ class NWindowsFile final : public NFile {
 
   void* m_handle;
   std::u16string m_path;
+  bool m_writable;
 };

@@ -1,0 +1,198 @@
+#include "config/NSession.h"
+
+#include <gtest/gtest.h>
+
+#include "config/NConfigTestFolder.h"
+#include "config/NSessionName.h"
+#include "uicore/NMessageBox.h"
+
+namespace {
+
+// Releases a session at the end of a scope.
+struct NSessionRef {
+  explicit NSessionRef(ISessionConfig* session) : p(session) {}
+  ~NSessionRef() {
+    if (p) p->Release();
+  }
+  ISessionConfig* operator->() const { return p; }
+  explicit operator bool() const { return p != nullptr; }
+  ISessionConfig* p;
+};
+
+class NSessionTest : public testing::Test {
+ protected:
+  // Writes a session key holding `values` (DWORDs), and "Is Session".
+  void MakeSession(const std::string& path, std::initializer_list<std::pair<std::u16string_view, std::uint32_t>> values) {
+    auto key = m_folder.Key("Sessions\\" + path);
+    key->SetDwordValue(u"Is Session", 1);
+    for (const auto& [name, value] : values) key->SetDwordValue(name, value);
+    ASSERT_TRUE(key->Flush());
+  }
+
+  std::uint32_t Dword(const std::string& path, std::u16string_view name) {
+    std::uint32_t value = 0xDEAD;
+    m_folder.Key("Sessions\\" + path)->GetDwordValue(name, &value);
+    return value;
+  }
+
+  NConfigTestFolder m_folder;
+};
+
+TEST_F(NSessionTest, NewSessionsStartFromDefaultButKeepTheirOwnConnection) {
+  MakeSession("Default", {{u"Rows", 40}});
+  {
+    auto key = m_folder.Key("Sessions\\Default");
+    key->SetStringValue(u"Hostname", u"template.example");
+    key->SetStringValue(u"Emulation", u"VT220");
+    ASSERT_TRUE(key->Flush());
+  }
+  NReportMessageParams params;
+  NSessionRef session(NCreateSession(u"Lab\\new", params));
+  ASSERT_TRUE(session) << params.GetText().ToUtf8();
+  EXPECT_EQ(session->Config().m_terminal.m_rows.Get(), 40);
+  EXPECT_EQ(session->Config().m_terminal.m_emulation.Get(), u"VT220");
+  EXPECT_EQ(session->Config().m_connect.m_hostname.Get(), u"");
+  ASSERT_TRUE(session->Save(params)) << params.GetText().ToUtf8();
+  EXPECT_EQ(Dword("Lab\\new", u"Is Session"), 1u);
+  EXPECT_EQ(Dword("Lab\\new", u"Cols"), 80u) << "a new session is written whole";
+
+  NReportMessageParams taken;
+  EXPECT_EQ(NCreateSession(u"Lab\\new", taken), nullptr);
+  EXPECT_NE(taken.GetCode(), 0u);
+}
+
+TEST_F(NSessionTest, OnlyKeysWithIsSessionOpen) {
+  MakeSession("Lab\\a", {});
+  NReportMessageParams params;
+  EXPECT_EQ(NOpenSession(u"Lab", false, params), nullptr) << "a folder is no session";
+  EXPECT_EQ(NOpenSession(u"Lab\\missing", false, params), nullptr);
+  NSessionRef a(NOpenSession(u"Lab\\a", false, params));
+  ASSERT_TRUE(a);
+  EXPECT_EQ(a->Name(), u"a");
+  EXPECT_FALSE(a->IsReadOnly());
+}
+
+TEST_F(NSessionTest, CopyRenameAndDelete) {
+  MakeSession("Lab\\a", {{u"Rows", 33}});
+  NReportMessageParams params;
+  NSessionRef a(NOpenSession(u"Lab\\a", false, params));
+  ASSERT_TRUE(a);
+  NSessionRef copy(a->Copy(u"Other\\b", params));
+  ASSERT_TRUE(copy) << params.GetText().ToUtf8();
+  EXPECT_EQ(Dword("Other\\b", u"Rows"), 33u);
+  EXPECT_EQ(a->Copy(u"Other\\b", params), nullptr) << "a copy never overwrites";
+
+  ASSERT_TRUE(a->Rename(u"c", params)) << params.GetText().ToUtf8();
+  EXPECT_EQ(a->Path(), u"Lab\\c");
+  EXPECT_EQ(Dword("Lab\\c", u"Rows"), 33u);
+  EXPECT_FALSE(std::filesystem::exists(m_folder.Root() / "Sessions" / "Lab" / "a.ini"));
+
+  ASSERT_TRUE(a->Rename(u"C", params)) << params.GetText().ToUtf8();
+  EXPECT_EQ(a->Path(), u"Lab\\C");
+  EXPECT_EQ(Dword("Lab\\C", u"Rows"), 33u);
+  std::size_t files = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(m_folder.Root() / "Sessions" / "Lab")) {
+    (void)entry;
+    ++files;
+  }
+  EXPECT_EQ(files, 1u) << "a change of case leaves one file";
+
+  ASSERT_TRUE(copy->Delete(params));
+  EXPECT_FALSE(std::filesystem::exists(m_folder.Root() / "Sessions" / "Other" / "b.ini"));
+}
+
+TEST_F(NSessionTest, LockedSessionsAreReadOnly) {
+  MakeSession("a", {});
+  NSetSessionLocked(u"a", true);
+  NReportMessageParams params;
+  NSessionRef a(NOpenSession(u"a", false, params));
+  ASSERT_TRUE(a);
+  EXPECT_TRUE(a->IsReadOnly());
+  a->Config().m_terminal.m_rows = 50;
+  EXPECT_FALSE(a->Save(params));
+  NSetSessionLocked(u"a", false);
+  NSessionRef readOnly(NOpenSession(u"a", true, params));
+  EXPECT_TRUE(readOnly->IsReadOnly());
+  readOnly->SetLockedByHost(false);
+  EXPECT_TRUE(readOnly->IsReadOnly()) << "opened read-only stays read-only";
+}
+
+TEST_F(NSessionTest, PreEditTracksChangesOfTheEdit) {
+  MakeSession("a", {});
+  NReportMessageParams params;
+  NSessionRef a(NOpenSession(u"a", false, params));
+  a->PreEdit();
+  EXPECT_FALSE(a->IsModified());
+  a->Config().m_terminal.m_cols = 132;
+  EXPECT_TRUE(a->IsModified());
+  a->Config().m_terminal.m_cols = 80;
+  EXPECT_FALSE(a->IsModified());
+}
+
+TEST_F(NSessionTest, DefaultChangesReachEverySessionButTheReadOnlyOnes) {
+  MakeSession("Default", {{u"Rows", 24}, {u"Cols", 80}});
+  MakeSession("one", {{u"Rows", 30}, {u"Cols", 100}});
+  MakeSession("Lab\\two", {{u"Rows", 31}});
+  MakeSession("Lab\\Deep\\three", {{u"Rows", 32}});
+  NSetSessionLocked(u"Lab\\two", true);
+  NReportMessageParams params;
+  NSessionRef defaults(NOpenSession(u"Default", false, params));
+  defaults->PreEdit();
+  defaults->Config().m_terminal.m_rows = 50;
+  std::uint32_t sessions = 0, updated = 0;
+  ASSERT_TRUE(defaults->ApplyDefaultChanges(&sessions, &updated, params)) << params.GetText().ToUtf8();
+  NSetSessionLocked(u"Lab\\two", false);
+  EXPECT_EQ(sessions, 3u);
+  EXPECT_EQ(updated, 2u);
+  EXPECT_EQ(Dword("one", u"Rows"), 50u);
+  EXPECT_EQ(Dword("one", u"Cols"), 100u) << "only the changed values are copied";
+  EXPECT_EQ(Dword("Lab\\Deep\\three", u"Rows"), 50u);
+  EXPECT_EQ(Dword("Lab\\two", u"Rows"), 31u);
+}
+
+TEST_F(NSessionTest, NameRulesInTheirOrder) {
+  MakeSession("Lab\\abc", {});
+  struct NCase {
+    std::u16string_view location, oldName, newName;
+    bool isNew;
+    std::uint32_t code;  // 0: accepted
+    const char* text;    // the message, when refused
+  };
+  const NCase cases[] = {
+      {u"Lab", u"", u"", true, kMsgNameEmpty, "The name must be specified."},
+      {u"Lab", u"", u"a*b/c", true, kMsgNameIllegalCharacter, "The name contains an illegal character: ' / '"},
+      {u"Lab", u"", u"a|b:c", true, kMsgNameIllegalCharacter, "The name contains an illegal character: ' : '"},
+      {u"Lab", u"", u"COM1", true, kMsgNameReservedDevice, "COM1 is a reserved device name"},
+      {u"Lab", u"", u"lpt9.log", true, kMsgNameReservedDevice, "lpt9.log is a reserved device name"},
+      {u"Lab", u"", u"clock$", true, kMsgNameReservedDevice, "clock$ is a reserved device name"},
+      {u"Lab", u"", u"COM10", true, 0, ""},
+      {u"Lab", u"", u"CONSOLE", true, 0, ""},
+      {u"Lab", u"", u"abc", true, kMsgNameInUse, "'abc' is already in use."},
+      {u"Lab\\abc", u"abc", u"ABC", false, 0, ""},
+      {u"Lab\\abc", u"abc", u"abc", false, 0, ""},
+      {u"Lab\\x", u"x", u"abc", false, kMsgNameInUse, "'abc' is already in use."},
+      {u"x", u"x", u"abc", false, 0, ""},  // a session at the top: the top has no "abc"
+  };
+  for (const NCase& c : cases) {
+    NReportMessageParams params;
+    const bool accepted = NCheckSessionName(c.location, c.oldName, c.newName, c.isNew, params);
+    EXPECT_EQ(accepted, c.code == 0) << NUnicodeString(c.newName).ToUtf8();
+    EXPECT_EQ(params.GetCode(), c.code) << NUnicodeString(c.newName).ToUtf8();
+    if (c.code) {
+      EXPECT_NE(params.GetText().ToUtf8().find(c.text), std::string::npos) << params.GetText().ToUtf8();
+    }
+  }
+}
+
+TEST_F(NSessionTest, ValidateSessionNameShowsTheFirstFailure) {
+  MakeSession("abc", {});
+  NClearShownMessageBoxes();
+  EXPECT_FALSE(ValidateSessionName(NUnicodeString(u""), NUnicodeString(), NUnicodeString(u"abc"), true, nullptr));
+  EXPECT_TRUE(ValidateSessionName(NUnicodeString(u""), NUnicodeString(), NUnicodeString(u"new"), true, nullptr));
+  const std::vector<NShownMessageBox> shown = NShownMessageBoxes();
+  ASSERT_EQ(shown.size(), 1u);
+  EXPECT_EQ(shown[0].text.ToUtf8().rfind("'abc' is already in use.", 0), 0u);
+  EXPECT_EQ(shown[0].style & kMessageBoxIconMask, kMessageBoxIconWarning);
+}
+
+}  // namespace

@@ -1,0 +1,108 @@
+// Key files and folders as POSIX systems alone make them: file modes, and
+// folder chains deeper than any path can name.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string>
+
+#include "location/NReportMessageParams.h"
+#include "store/NIniFileKey.h"
+#include "store/NIniFileStore.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+constexpr std::string_view kBom = "\xEF\xBB\xBF";
+
+class NIniFileKeyPosixTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    m_base = fs::path(testing::TempDir()) /
+             ("cfgdeck_posix_key_" + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
+    fs::remove_all(m_base);
+    m_root = m_base / "root";
+    fs::create_directories(m_root);
+    m_store = std::make_unique<NIniFileStore>(NUnicodeString::FromUtf8(m_root.string()),
+                                              NUnicodeString::FromUtf8((m_base / "personal").string()));
+  }
+  void TearDown() override { fs::remove_all(m_base); }
+
+  void Write(const std::string& relative, std::string_view bytes) {
+    fs::create_directories((m_root / relative).parent_path());
+    std::ofstream(m_root / relative, std::ios::binary) << bytes;
+  }
+
+  std::unique_ptr<NIniFileKey> Open(std::u16string_view path, NReportMessageParams& params, bool readOnly = true) {
+    NKeyPath keyPath;
+    if (!path.empty() && !keyPath.Append(path)) return nullptr;
+    return NIniFileKey::Open(*m_store, keyPath, readOnly, params);
+  }
+
+  static mode_t ModeOf(const fs::path& path) {
+    struct stat st;
+    return ::stat(path.c_str(), &st) == 0 ? (st.st_mode & 0777) : 0;
+  }
+
+  fs::path m_base, m_root;
+  std::unique_ptr<NIniFileStore> m_store;
+};
+
+TEST_F(NIniFileKeyPosixTest, ThePrivateFileAndTheFoldersMadeForItAreTheOwnersAlone) {
+  NReportMessageParams params;
+  auto key = Open(u"Sessions\\s", params, false);
+  ASSERT_TRUE(key) << params.GetText().ToUtf8();
+  ASSERT_TRUE(key->SetStringValue(u"Hostname", u"h"));
+  ASSERT_TRUE(key->SetStringValue(u"Password V2", u"secret"));
+  ASSERT_TRUE(key->Flush(params)) << params.GetText().ToUtf8();
+  EXPECT_EQ(ModeOf(m_base / "personal" / "Sessions" / "s.ini"), 0600u);
+  EXPECT_EQ(ModeOf(m_base / "personal" / "Sessions"), 0700u);
+  EXPECT_EQ(ModeOf(m_base / "personal"), 0700u);
+}
+
+TEST_F(NIniFileKeyPosixTest, FoldersDeeperThanAPathCanNameGiveAClearError) {
+  // Build the chain with relative calls, as no single path can name its end.
+  const int top = ::open(m_root.c_str(), O_RDONLY | O_DIRECTORY);
+  ASSERT_GE(top, 0);
+  int folder = top;
+  const std::string name(200, 'd');
+  std::u16string keyPath;
+  for (int depth = 0; depth < 30; ++depth) {
+    ASSERT_EQ(::mkdirat(folder, name.c_str(), 0700), 0);
+    const int next = ::openat(folder, name.c_str(), O_RDONLY | O_DIRECTORY);
+    ASSERT_GE(next, 0);
+    if (folder != top) ::close(folder);
+    folder = next;
+    if (!keyPath.empty()) keyPath += u'\\';
+    keyPath += NUnicodeString::FromUtf8(name);
+  }
+  const int file = ::openat(folder, "k.ini", O_WRONLY | O_CREAT, 0600);
+  ASSERT_GE(file, 0);
+  ::close(file);
+  ::close(folder);
+  ::close(top);
+  keyPath += u"\\k";
+  NReportMessageParams params;
+  auto key = Open(keyPath, params, false);
+  EXPECT_FALSE(key);
+  EXPECT_NE(params.GetText().ToUtf8().find("too long"), std::string::npos) << params.GetText().ToUtf8();
+  // Deleting the tree is refused the same way, and the folder stays usable.
+  auto root = Open(u"", params, false);
+  EXPECT_FALSE(root->DeleteSubKey(NUnicodeString::FromUtf8(name), params));
+  EXPECT_TRUE(Open(u"other", params));
+}
+
+TEST_F(NIniFileKeyPosixTest, UnreadableFilesAreAClearError) {
+  if (::geteuid() == 0) GTEST_SKIP() << "root reads every file";
+  Write("locked.ini", std::string(kBom) + "D:\"a\"=00000001\r\n");
+  fs::permissions(m_root / "locked.ini", fs::perms::none);
+  NReportMessageParams params;
+  EXPECT_FALSE(Open(u"locked", params));
+  EXPECT_NE(params.GetText().ToUtf8().find("Access is denied"), std::string::npos);
+}
+
+}  // namespace
