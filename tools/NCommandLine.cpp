@@ -17,6 +17,7 @@
 #include "tools/NStoreCommands.h"
 #include "tools/NToolOutput.h"
 #include "location/NConfigFolder.h"
+#include "location/NPersonalDataFolder.h"
 #include "platform/NUserFolders.h"
 #include "uicore/NAppName.h"
 
@@ -235,5 +236,12 @@ int NCommandLine::Overview() {
   NOut("Configuration folder: " + m_configFolder + " (" + m_foundBy + ")\n");
   const int status = NStoreCommands(m_configFolder).Overview();
   if (status != kExitSuccess) return status;
+  const NUnicodeString app = NUnicodeString::FromUtf8(m_appName);
+  if (UsePersonalDataPath(app.c_str())) {
+    const NUnicodeString folder = NUnicodeString::FromUtf8(m_configFolder);
+    NOut("Personal data: kept apart, in " + GetAppPersonalDataPath(app.c_str(), folder.c_str()).ToUtf8() + "\n");
+  } else {
+    NOut("Personal data: kept with the configuration\n");
+  }
   return NGlobalCommands(m_configFolder, m_appName).Summary();
 }

@@ -4,6 +4,8 @@
 set -uo pipefail
 tool="$1"
 examples="$2"
+# A registry of the test's own: the user's real settings are never read or written.
+export CFGDECK_REGISTRY_DIR="$(mktemp -d)"
 failures=0
 checks=0
 
@@ -67,6 +69,9 @@ check "message --help exits 0" 0 "$status"
 run --config "$examples"
 check "overview exit" 0 "$status"
 [[ "$out" == *"global"* && "$out" == *"Sessions"* ]]; check "overview lists the keys" 0 $?
+[[ "$out" == *$'\nSessions: 5 in 2 folders\n'* && "$out" == *$'\nPersonal data: kept with the configuration\n'* &&
+   "$out" == *"(current)"* && "$out" == *$'\nGlobal record: 271 fields, 4 stored, 267 at their defaults\n'* ]]
+check "overview counts sessions, says where personal data is, and the format" 0 $?
 
 run --config "$examples/does-not-exist"
 check "overview of a missing folder fails" 1 "$status"
@@ -281,7 +286,7 @@ run "${pcfg[@]}" personal status
 [[ "$out" == *$'\nStore Personal Data Separately=false\n'* ]]; check "merge remembers the choice" 0 $?
 run personal
 check "personal without a command is bad usage" 2 "$status"
-unset CFGDECK_REGISTRY_DIR
+export CFGDECK_REGISTRY_DIR="$(mktemp -d)"
 rm -rf "$personal_dir"
 
 echo "$((checks - failures)) passed, $failures failed"
