@@ -26,7 +26,7 @@ class NUnicodeString : public std::u16string {
   bool IsEmpty() const noexcept { return empty(); }
   std::u16string_view View() const noexcept { return *this; }
 
-  // Whole-string comparison with Unicode simple case folding.
+  // Whole-string comparison without case, by NCompareIgnoreCase's rule.
   CFGDECK_API bool EqualsIgnoreCase(std::u16string_view other) const;
   CFGDECK_API static int CompareIgnoreCase(std::u16string_view a, std::u16string_view b);
 };

@@ -47,6 +47,11 @@ foreach(line IN LISTS lines)
   if(type MATCHES "^[uWV]$" AND name MATCHES "(^| )std::")
     continue()
   endif()
+  # AddressSanitizer's one-definition-rule markers come with every exported
+  # global in a sanitized build.
+  if(name MATCHES "^__odr_asan")
+    continue()
+  endif()
   string(REGEX REPLACE "^(typeinfo name for |typeinfo for |vtable for |VTT for |construction vtable for )" "" owner "${name}")
   string(REGEX REPLACE "(::|\\().*$" "" owner "${owner}")
   if(owner IN_LIST allowed)

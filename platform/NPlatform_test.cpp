@@ -363,10 +363,9 @@ TEST_F(NPlatformTest, NoLinksOpensAndCreatesWhereNoLinkIs) {
     ASSERT_TRUE(status.IsOk()) << Describe(status);
     EXPECT_EQ(ReadAll(*file), mode == NOpenMode::kCreateAlways ? "" : "old");
   }
+  const NOpenOptions create{.mode = NOpenMode::kCreateIfMissing, .access = NFileAccess::kReadWrite, .noLinks = true};
   std::unique_ptr<NFile> file;
-  NStatus status =
-      Platform().OpenFile(folder + u"sub" + Platform().PathSeparator() + u"new",
-                          {.mode = NOpenMode::kCreateIfMissing, .access = NFileAccess::kReadWrite, .noLinks = true}, &file);
+  NStatus status = Platform().OpenFile(folder + u"sub" + Platform().PathSeparator() + u"new", create, &file);
   ASSERT_TRUE(status.IsOk()) << Describe(status);
   EXPECT_TRUE(file->Write(0, "made", 4).IsOk());
   file.reset();
@@ -558,10 +557,10 @@ TEST_F(NPlatformTest, PathKindTellsFilesFoldersAndLinksApart) {
 TEST_F(NPlatformTest, NonAsciiNamesRoundTripThroughOpenAndListFolder) {
   const std::u16string names[] = {u"K\u00f6nig \u65e5\u672c.ini", u"\U0001F600.ini"};
   const std::u16string folder = m_folder.u16string() + Platform().PathSeparator();
+  const NOpenOptions create{.mode = NOpenMode::kCreateAlways, .access = NFileAccess::kReadWrite};
   for (const std::u16string& name : names) {
     std::unique_ptr<NFile> file;
-    const NStatus status =
-        Platform().OpenFile(folder + name, {.mode = NOpenMode::kCreateAlways, .access = NFileAccess::kReadWrite}, &file);
+    const NStatus status = Platform().OpenFile(folder + name, create, &file);
     ASSERT_TRUE(status.IsOk()) << Describe(status);
     ASSERT_TRUE(file->Write(0, "content", 7).IsOk());
     EXPECT_TRUE(fs::is_regular_file(m_folder / fs::path(name)));

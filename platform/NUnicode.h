@@ -23,10 +23,15 @@ std::u16string NAnsiToUtf16(std::string_view bytes);
 // True when `bytes` is well-formed UTF-8 (no overlong forms, no surrogates).
 bool NIsValidUtf8(std::string_view bytes);
 
-// Case-insensitive ordinal comparison with simple case folding, code unit by
-// code unit over the whole strings: negative, zero or positive.
+// Case-insensitive ordinal comparison, code unit by code unit over the whole
+// strings: negative, zero or positive. Equality is simple case folding on
+// POSIX and the system's ordinal rule on Windows (CompareStringOrdinal, the
+// rule of its file names), which leaves a few letters apart that folding
+// equates (final sigma and sigma, the Kelvin sign and k). Unequal strings
+// are ordered by NFoldCase everywhere.
 int NCompareIgnoreCase(std::u16string_view a, std::u16string_view b);
 
-// Simple case folding of one UTF-16 code unit (surrogates are returned as they
-// are), for hashing names that compare case-insensitively.
+// The case folding of one UTF-16 code unit (surrogates are returned as they
+// are), for hashing names that compare case-insensitively: units that
+// NCompareIgnoreCase calls equal fold alike.
 char16_t NFoldCase(char16_t c);

@@ -65,7 +65,9 @@ class NPrinterStartup : public std::enable_shared_from_this<NPrinterStartup> {
 
   // From now on the threads end without touching anything but this object:
   // no status texts are looked up and no notifier is called. For the
-  // process's exit, when the statics those need are about to be destroyed.
+  // process's exit, when the statics those need are about to be destroyed:
+  // an exit hook does it for PrinterBase's instance; the owner of any other
+  // must do it before the process exits while its threads may still run.
   void Abandon();
 
  private:

@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <condition_variable>
@@ -105,7 +106,9 @@ int NKeyPrinterCommands::Status() {
   });
   {
     std::unique_lock lock(word->mutex);
-    word->arrived.wait_for(lock, std::chrono::milliseconds(m_timeout), [&] { return word->told; });
+    // A year is as good as forever here, and cannot overflow the clock.
+    const std::uint64_t wait = std::min<std::uint64_t>(m_timeout, 366ull * 24 * 3600 * 1000);
+    word->arrived.wait_for(lock, std::chrono::milliseconds(wait), [&] { return word->told; });
   }
   // Without a word the watchdog decides, an instant after the time-out.
   const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(2);

@@ -353,9 +353,9 @@ TEST_F(NPosixPlatformTest, ATrailingSlashFollowsALinkToAFolder) {
 }
 
 TEST_F(NPosixPlatformTest, NamesAreStoredAsUtf8) {
+  const NOpenOptions create{.mode = NOpenMode::kCreateAlways, .access = NFileAccess::kReadWrite};
   std::unique_ptr<NFile> file;
-  const NStatus status = Platform().OpenFile(U16(m_folder + "/") + u"K\u00f6nig \U0001F600.ini",
-                                             {.mode = NOpenMode::kCreateAlways, .access = NFileAccess::kReadWrite}, &file);
+  const NStatus status = Platform().OpenFile(U16(m_folder + "/") + u"K\u00f6nig \U0001F600.ini", create, &file);
   ASSERT_TRUE(status.IsOk()) << Describe(status);
   // As other programs on the system expect.
   EXPECT_TRUE(Exists(Path("K\xC3\xB6nig \xF0\x9F\x98\x80.ini")));

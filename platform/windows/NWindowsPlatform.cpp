@@ -184,9 +184,15 @@ bool ReachedDirectly(HANDLE handle, const std::wstring& expected) {
   std::wstring final;
   // Where the system cannot tell, the path is taken as it stands.
   if (!FinalPath(handle, &final)) return true;
-  auto same = [&final](const std::wstring& path) {
-    return CompareStringOrdinal(final.data(), static_cast<int>(final.size()), path.data(),
-                                static_cast<int>(path.size()), TRUE) == CSTR_EQUAL;
+  // A root comes back as "C:\" or "\\server\share\", with a separator at the end.
+  auto trimmed = [](std::wstring_view path) {
+    while (!path.empty() && path.back() == L'\\') path.remove_suffix(1);
+    return path;
+  };
+  auto same = [&](std::wstring_view path) {
+    const std::wstring_view a = trimmed(final), b = trimmed(path);
+    return CompareStringOrdinal(a.data(), static_cast<int>(a.size()), b.data(), static_cast<int>(b.size()), TRUE) ==
+           CSTR_EQUAL;
   };
   if (same(expected)) return true;
   std::wstring longName(expected.size() + MAX_PATH, L'\0');
@@ -201,11 +207,12 @@ bool ReachedDirectly(HANDLE handle, const std::wstring& expected) {
 NStatus CheckFolderForCreate(const std::wstring& full, std::u16string_view path) {
   const size_t cut = full.find_last_of(L'\\');
   if (cut == std::wstring::npos) return NStatus::Ok();
-  const std::wstring folder = full.substr(0, cut);
-  NHandle handle(CreateFileW(folder.c_str(), FILE_READ_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                             nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
-  // A missing folder or a volume root ("C:", "\\server\share") is left to
-  // the open, which reports the first and has nothing to check in the other.
+  // "C:" alone would name the drive's current folder, not its root.
+  const std::wstring folder = full.substr(0, cut > 0 && full[cut - 1] == L':' ? cut + 1 : cut);
+  NHandle handle(CreateFileW(folder.c_str(), FILE_READ_ATTRIBUTES,
+                             FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                             FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+  // A missing folder is left to the open, which reports it.
   if (!handle) return NStatus::Ok();
   if (!ReachedDirectly(handle.Get(), folder)) return NStatus::Error(NStatus::kAccessDenied, "open", path);
   return NStatus::Ok();
