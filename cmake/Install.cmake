@@ -8,7 +8,7 @@ install(TARGETS cfgdeck EXPORT cfgdeckTargets
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 
 # Headers keep their folder, since includes are written from the root.
-foreach(layer base location platform store)
+foreach(layer base config dialogs location platform printing store uicore)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/${layer}/
           DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/cfgdeck/${layer}
           FILES_MATCHING PATTERN "*.h"

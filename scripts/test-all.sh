@@ -1,15 +1,17 @@
 #!/usr/bin/env bash
 # Installs what is missing, then builds and runs every test:
 #   1. the whole suite (RelWithDebInfo; benchmarks are built, not run)
-#   2. the same suite under AddressSanitizer and UndefinedBehaviorSanitizer
+#   2. the same suite under AddressSanitizer and UndefinedBehaviorSanitizer,
+#      and the threaded tests under ThreadSanitizer
 #   3. the libFuzzer targets (clang 14), each for a short while
-#   4. the Windows cross-build of the library and the tool (mingw-w64)
+#   4. the Windows cross-build (mingw-w64) of the library, the tool and the
+#      tests, and the whole suite under Wine
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 FUZZ_SECONDS="${FUZZ_SECONDS:-60}"
 jobs="$(nproc)"
-step() { printf '\n=== %s\n' "$*"; }
+step() { printf '\n=== %s (%d s so far)\n' "$*" "$SECONDS"; }
 
 scripts/install-deps.sh --test
 
@@ -24,6 +26,13 @@ cmake -S . -B build/asan -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCFGDECK_SANITIZE=ON
 cmake --build build/asan
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1 \
   ctest --test-dir build/asan --output-on-failure -j "$jobs"
+
+step "Build and test the threaded tests under TSan"
+cmake -S . -B build/tsan -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCFGDECK_SANITIZE_THREAD=ON \
+  -DCFGDECK_BUILD_BENCHMARKS=OFF >/dev/null
+cmake --build build/tsan --target cfgdeck_printing_test
+TSAN_OPTIONS=halt_on_error=1 ctest --test-dir build/tsan --output-on-failure -j "$jobs" \
+  -R '^(NDetachedThreadTest|NPrinterStartupTest|PrinterBaseTest|PrinterBaseDeathTest|PrinterTest)\.'
 
 step "Fuzz for ${FUZZ_SECONDS} s per target"
 cmake -S . -B build/fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=clang++-14 \
@@ -43,9 +52,16 @@ for seeds in fuzz/corpus/*/; do
   rm -rf "$corpus"
 done
 
-step "Cross-build for Windows"
+step "Cross-build for Windows and test under Wine"
 cmake -S . -B build/windows -G Ninja -DCMAKE_TOOLCHAIN_FILE=cmake/toolchain-mingw64.cmake \
-  -DCMAKE_BUILD_TYPE=Release -DCFGDECK_BUILD_TESTS=OFF -DCFGDECK_BUILD_BENCHMARKS=OFF >/dev/null
+  -DCMAKE_BUILD_TYPE=Release -DCFGDECK_BUILD_BENCHMARKS=OFF -DCMAKE_CROSSCOMPILING_EMULATOR=wine >/dev/null
 cmake --build build/windows
+# A Wine prefix of the build's own, so the user's ~/.wine is never touched.
+export WINEPREFIX="$PWD/build/wineprefix" WINEDEBUG=-all
+wine wineboot --init >/dev/null 2>&1 || true
+started=$SECONDS
+ctest --test-dir build/windows --output-on-failure -j "$jobs"
+echo "Windows suite under Wine: $((SECONDS - started)) s"
+wineserver -k 2>/dev/null || true
 
 step "All tests passed"
