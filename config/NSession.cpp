@@ -3,6 +3,7 @@
 #include <mutex>
 #include <set>
 
+#include "config/NSessionPath.h"
 #include "config/NSessionTree.h"
 #include "location/NStatusReport.h"
 #include "platform/NStatus.h"
@@ -31,11 +32,6 @@ bool SameValue(const NFieldValue& a, const NFieldValue& b) {
          a.strings == b.strings && a.bytes == b.bytes;
 }
 
-NUnicodeString FolderOf(std::u16string_view path) {
-  const std::size_t slash = path.rfind(u'\\');
-  return NUnicodeString(slash == std::u16string_view::npos ? std::u16string_view() : path.substr(0, slash));
-}
-
 }  // namespace
 
 std::unique_ptr<NProfileKey> NSession::OpenKey(NProfileStore& store, std::u16string_view path, bool readOnly,
@@ -59,11 +55,7 @@ bool NSession::Exists(NProfileStore& store, std::u16string_view path) {
 
 NSession::NSession(NUnicodeString path, bool readOnly) : m_path(std::move(path)), m_readOnly(readOnly) {}
 
-NUnicodeString NSession::Name() const {
-  const std::size_t slash = m_path.rfind(u'\\');
-  return NUnicodeString(slash == NUnicodeString::npos ? std::u16string_view(m_path)
-                                                      : std::u16string_view(m_path).substr(slash + 1));
-}
+NUnicodeString NSession::Name() const { return NUnicodeString(NSessionNameOf(m_path)); }
 
 bool NSession::IsReadOnly() const { return m_readOnly || m_lockedByHost || IsLocked(m_path); }
 
@@ -91,19 +83,14 @@ bool NSession::WriteCopy(std::u16string_view path, NReportMessageParams& params)
 bool NSession::DeleteKey(std::u16string_view path, NReportMessageParams& params) {
   std::unique_ptr<NProfileStore> store = NCreateProfileStore();
   if (!store) return Fail(NStatus::kInvalidHandle, "delete the session (no store)", path, params);
-  const NUnicodeString folder = FolderOf(path);
-  std::unique_ptr<NProfileKey> parent = OpenKey(*store, folder, false, params);
+  std::unique_ptr<NProfileKey> parent = OpenKey(*store, NSessionFolderOf(path), false, params);
   if (!parent) return false;
-  const std::u16string_view name = path.substr(folder.empty() ? 0 : folder.size() + 1);
-  return parent->DeleteSubKey(name, params);
+  return parent->DeleteSubKey(NSessionNameOf(path), params);
 }
 
 bool NSession::Rename(std::u16string_view newName, NReportMessageParams& params) {
   if (IsReadOnly()) return Fail(NStatus::kAccessDenied, "rename the read-only session", m_path, params);
-  const NUnicodeString folder = FolderOf(m_path);
-  NUnicodeString newPath = folder;
-  if (!newPath.empty()) newPath += u'\\';
-  newPath += newName;
+  NUnicodeString newPath = NJoinSessionPath(NSessionFolderOf(m_path), newName);
   if (newPath == m_path) return true;
   // The new key is written before the old one goes, so a failure midway
   // leaves two copies, never none. A change of case only may name the same

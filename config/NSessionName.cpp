@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "config/NSession.h"
+#include "config/NSessionPath.h"
 #include "uicore/NAppName.h"
 #include "uicore/NMessageBox.h"
 #include "store/NProfileStoreFactory.h"
@@ -31,13 +32,6 @@ bool SessionExists(std::u16string_view path) {
   return store && NSession::Exists(*store, path);
 }
 
-NUnicodeString Join(std::u16string_view folder, std::u16string_view name) {
-  NUnicodeString path(folder);
-  if (!path.empty()) path += u'\\';
-  path += name;
-  return path;
-}
-
 }  // namespace
 
 bool NCheckSessionName(std::u16string_view location, std::u16string_view oldName, std::u16string_view newName,
@@ -56,13 +50,12 @@ bool NCheckSessionName(std::u16string_view location, std::u16string_view oldName
   }
   bool clash;
   if (isNew) {
-    clash = SessionExists(Join(location, newName));
+    clash = SessionExists(NJoinSessionPath(location, newName));
   } else {
     if (newName == oldName) return true;
-    const std::size_t slash = location.rfind(u'\\');
-    const std::u16string_view folder = slash == std::u16string_view::npos ? std::u16string_view() : location.substr(0, slash);
     // A change of letter case alone names the same session.
-    clash = SessionExists(Join(folder, newName)) && NUnicodeString::CompareIgnoreCase(newName, oldName) != 0;
+    clash = SessionExists(NJoinSessionPath(NSessionFolderOf(location), newName)) &&
+            NUnicodeString::CompareIgnoreCase(newName, oldName) != 0;
   }
   if (clash) {
     params.SetCode(kMsgNameInUse);

@@ -1,3 +1,4 @@
+#include "config/NSessionPath.h"
 #include "config/NSessionTree.h"
 
 #include <memory>
@@ -45,7 +46,7 @@ bool NSessionTree::WalkFolder(NProfileKey& folder, const NUnicodeString& prefix,
   while (children && children->Next(&name, &kind)) {
     if (IsFolderData(name)) continue;
     NSessionTreeEntry entry;
-    entry.path = prefix.empty() ? name : prefix + u"\\" + name;
+    entry.path = NJoinSessionPath(prefix, name);
     if (!NKeyPath::IsValidName(name)) {
       // A file or folder that no key can be named by ("name." on POSIX) is
       // not part of the tree.

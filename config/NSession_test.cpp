@@ -1,5 +1,7 @@
 #include "config/NSession.h"
 
+#include "base/NUnknownPointer.h"
+
 #include <gtest/gtest.h>
 
 #include "config/NConfigTestFolder.h"
@@ -8,16 +10,9 @@
 
 namespace {
 
-// Releases a session at the end of a scope.
-struct NSessionRef {
-  explicit NSessionRef(ISessionConfig* session) : p(session) {}
-  ~NSessionRef() {
-    if (p) p->Release();
-  }
-  ISessionConfig* operator->() const { return p; }
-  explicit operator bool() const { return p != nullptr; }
-  ISessionConfig* p;
-};
+NUnknownPointer<ISessionConfig> Adopt(ISessionConfig* session) {
+  return NUnknownPointer<ISessionConfig>::Adopt(session);
+}
 
 class NSessionTest : public testing::Test {
  protected:
@@ -47,7 +42,7 @@ TEST_F(NSessionTest, NewSessionsStartFromDefaultButKeepTheirOwnConnection) {
     ASSERT_TRUE(key->Flush());
   }
   NReportMessageParams params;
-  NSessionRef session(NCreateSession(u"Lab\\new", params));
+  auto session = Adopt(NCreateSession(u"Lab\\new", params));
   ASSERT_TRUE(session) << params.GetText().ToUtf8();
   EXPECT_EQ(session->Config().m_terminal.m_rows.Get(), 40);
   EXPECT_EQ(session->Config().m_terminal.m_emulation.Get(), u"VT220");
@@ -66,7 +61,7 @@ TEST_F(NSessionTest, OnlyKeysWithIsSessionOpen) {
   NReportMessageParams params;
   EXPECT_EQ(NOpenSession(u"Lab", false, params), nullptr) << "a folder is no session";
   EXPECT_EQ(NOpenSession(u"Lab\\missing", false, params), nullptr);
-  NSessionRef a(NOpenSession(u"Lab\\a", false, params));
+  auto a = Adopt(NOpenSession(u"Lab\\a", false, params));
   ASSERT_TRUE(a);
   EXPECT_EQ(a->Name(), u"a");
   EXPECT_FALSE(a->IsReadOnly());
@@ -75,9 +70,9 @@ TEST_F(NSessionTest, OnlyKeysWithIsSessionOpen) {
 TEST_F(NSessionTest, CopyRenameAndDelete) {
   MakeSession("Lab\\a", {{u"Rows", 33}});
   NReportMessageParams params;
-  NSessionRef a(NOpenSession(u"Lab\\a", false, params));
+  auto a = Adopt(NOpenSession(u"Lab\\a", false, params));
   ASSERT_TRUE(a);
-  NSessionRef copy(a->Copy(u"Other\\b", params));
+  auto copy = Adopt(a->Copy(u"Other\\b", params));
   ASSERT_TRUE(copy) << params.GetText().ToUtf8();
   EXPECT_EQ(Dword("Other\\b", u"Rows"), 33u);
   EXPECT_EQ(a->Copy(u"Other\\b", params), nullptr) << "a copy never overwrites";
@@ -105,13 +100,13 @@ TEST_F(NSessionTest, LockedSessionsAreReadOnly) {
   MakeSession("a", {});
   NSetSessionLocked(u"a", true);
   NReportMessageParams params;
-  NSessionRef a(NOpenSession(u"a", false, params));
+  auto a = Adopt(NOpenSession(u"a", false, params));
   ASSERT_TRUE(a);
   EXPECT_TRUE(a->IsReadOnly());
   a->Config().m_terminal.m_rows = 50;
   EXPECT_FALSE(a->Save(params));
   NSetSessionLocked(u"a", false);
-  NSessionRef readOnly(NOpenSession(u"a", true, params));
+  auto readOnly = Adopt(NOpenSession(u"a", true, params));
   EXPECT_TRUE(readOnly->IsReadOnly());
   readOnly->SetLockedByHost(false);
   EXPECT_TRUE(readOnly->IsReadOnly()) << "opened read-only stays read-only";
@@ -120,7 +115,7 @@ TEST_F(NSessionTest, LockedSessionsAreReadOnly) {
 TEST_F(NSessionTest, PreEditTracksChangesOfTheEdit) {
   MakeSession("a", {});
   NReportMessageParams params;
-  NSessionRef a(NOpenSession(u"a", false, params));
+  auto a = Adopt(NOpenSession(u"a", false, params));
   a->PreEdit();
   EXPECT_FALSE(a->IsModified());
   a->Config().m_terminal.m_cols = 132;
@@ -136,7 +131,7 @@ TEST_F(NSessionTest, DefaultChangesReachEverySessionButTheReadOnlyOnes) {
   MakeSession("Lab\\Deep\\three", {{u"Rows", 32}});
   NSetSessionLocked(u"Lab\\two", true);
   NReportMessageParams params;
-  NSessionRef defaults(NOpenSession(u"Default", false, params));
+  auto defaults = Adopt(NOpenSession(u"Default", false, params));
   defaults->PreEdit();
   defaults->Config().m_terminal.m_rows = 50;
   std::uint32_t sessions = 0, updated = 0;

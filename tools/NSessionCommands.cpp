@@ -2,8 +2,10 @@
 
 #include <cstdio>
 
+#include "base/NUnknownPointer.h"
 #include "config/ISessionConfig.h"
 #include "config/NSessionName.h"
+#include "config/NSessionPath.h"
 #include "config/NSessionTree.h"
 #include "store/NIniFileStoreFactory.h"
 #include "tools/NFieldPrinter.h"
@@ -17,14 +19,6 @@ NUnicodeString SessionPath(const std::string& path) {
     if (c == u'/') c = u'\\';
   }
   return converted;
-}
-
-// The folder part of a session path, and its last name.
-std::pair<NUnicodeString, NUnicodeString> Split(const NUnicodeString& path) {
-  const std::size_t slash = path.rfind(u'\\');
-  if (slash == NUnicodeString::npos) return {NUnicodeString(), path};
-  return {NUnicodeString(std::u16string_view(path).substr(0, slash)),
-          NUnicodeString(std::u16string_view(path).substr(slash + 1))};
 }
 
 int Failed(const std::string& what, const NReportMessageParams& params) {
@@ -45,20 +39,7 @@ int RefusedName(const NReportMessageParams& params, bool answer = false) {
   return kExitFailure;
 }
 
-class NSessionHandle {
- public:
-  explicit NSessionHandle(ISessionConfig* session) : m_session(session) {}
-  ~NSessionHandle() {
-    if (m_session) m_session->Release();
-  }
-  NSessionHandle(const NSessionHandle&) = delete;
-  NSessionHandle& operator=(const NSessionHandle&) = delete;
-  ISessionConfig* operator->() const { return m_session; }
-  explicit operator bool() const { return m_session != nullptr; }
-
- private:
-  ISessionConfig* m_session;
-};
+using NSessionHandle = NUnknownPointer<ISessionConfig>;
 
 }  // namespace
 
@@ -88,7 +69,7 @@ int NSessionCommands::List() {
 int NSessionCommands::Show(const std::string& path, bool json, bool save) {
   NReportMessageParams params;
   // Writable: loading converts an old logon script and writes it at once.
-  NSessionHandle session(NOpenSession(SessionPath(path), false, params));
+  auto session = NSessionHandle::Adopt(NOpenSession(SessionPath(path), false, params));
   if (!session) return Failed("open the session '" + path + "'", params);
   NOut(NFormatFields(session->Config().AllFields(), json));
   if (!save) return kExitSuccess;
@@ -99,10 +80,11 @@ int NSessionCommands::Show(const std::string& path, bool json, bool save) {
 
 int NSessionCommands::Create(const std::string& path) {
   const NUnicodeString sessionPath = SessionPath(path);
-  const auto [folder, name] = Split(sessionPath);
   NReportMessageParams params;
-  if (!NCheckSessionName(folder, NUnicodeString(), name, true, params)) return RefusedName(params);
-  NSessionHandle session(NCreateSession(sessionPath, params));
+  if (!NCheckSessionName(NSessionFolderOf(sessionPath), u"", NSessionNameOf(sessionPath), true, params)) {
+    return RefusedName(params);
+  }
+  auto session = NSessionHandle::Adopt(NCreateSession(sessionPath, params));
   if (!session || !session->Save(params)) return Failed("create the session '" + path + "'", params);
   return kExitSuccess;
 }
@@ -111,26 +93,27 @@ int NSessionCommands::Rename(const std::string& path, const std::string& newName
   const NUnicodeString sessionPath = SessionPath(path);
   const NUnicodeString name = NUnicodeString::FromUtf8(newName);
   NReportMessageParams params;
-  if (!NCheckSessionName(sessionPath, Split(sessionPath).second, name, false, params)) return RefusedName(params);
-  NSessionHandle session(NOpenSession(sessionPath, false, params));
+  if (!NCheckSessionName(sessionPath, NSessionNameOf(sessionPath), name, false, params)) return RefusedName(params);
+  auto session = NSessionHandle::Adopt(NOpenSession(sessionPath, false, params));
   if (!session || !session->Rename(name, params)) return Failed("rename the session '" + path + "'", params);
   return kExitSuccess;
 }
 
 int NSessionCommands::Copy(const std::string& path, const std::string& newPath) {
   const NUnicodeString target = SessionPath(newPath);
-  const auto [folder, name] = Split(target);
   NReportMessageParams params;
-  if (!NCheckSessionName(folder, NUnicodeString(), name, true, params)) return RefusedName(params);
-  NSessionHandle session(NOpenSession(SessionPath(path), true, params));
+  if (!NCheckSessionName(NSessionFolderOf(target), u"", NSessionNameOf(target), true, params)) {
+    return RefusedName(params);
+  }
+  auto session = NSessionHandle::Adopt(NOpenSession(SessionPath(path), true, params));
   if (!session) return Failed("open the session '" + path + "'", params);
-  NSessionHandle copy(session->Copy(target, params));
+  auto copy = NSessionHandle::Adopt(session->Copy(target, params));
   return copy ? kExitSuccess : Failed("copy the session '" + path + "'", params);
 }
 
 int NSessionCommands::Delete(const std::string& path) {
   NReportMessageParams params;
-  NSessionHandle session(NOpenSession(SessionPath(path), false, params));
+  auto session = NSessionHandle::Adopt(NOpenSession(SessionPath(path), false, params));
   if (!session || !session->Delete(params)) return Failed("delete the session '" + path + "'", params);
   return kExitSuccess;
 }

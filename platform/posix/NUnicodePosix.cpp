@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "platform/NUnicode.h"
+#include "platform/NUtf8Lead.h"
 
 namespace {
 
@@ -87,22 +88,10 @@ bool NIsValidUtf8(std::string_view bytes) {
       ++p;
       continue;
     }
-    int length;
-    unsigned char low = 0x80, high = 0xBF;  // the range of the second byte
-    if (c >= 0xC2 && c <= 0xDF) {
-      length = 2;
-    } else if (c >= 0xE0 && c <= 0xEF) {
-      length = 3;
-      if (c == 0xE0) low = 0xA0;
-      if (c == 0xED) high = 0x9F;
-    } else if (c >= 0xF0 && c <= 0xF4) {
-      length = 4;
-      if (c == 0xF0) low = 0x90;
-      if (c == 0xF4) high = 0x8F;
-    } else {
-      return false;
-    }
-    if (end - p < length || p[1] < low || p[1] > high) return false;
+    NUtf8Lead lead;
+    if (!NUtf8LeadOf(c, &lead)) return false;
+    const int length = lead.length;
+    if (end - p < length || p[1] < lead.low || p[1] > lead.high) return false;
     for (int i = 2; i < length; ++i) {
       if ((p[i] & 0xC0) != 0x80) return false;
     }

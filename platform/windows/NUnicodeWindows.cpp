@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/NUnicode.h"
+#include "platform/NUtf8Lead.h"
 
 namespace {
 
@@ -35,25 +36,15 @@ std::u16string DecodeMalformed(std::string_view utf8) {
       ++i;
       continue;
     }
-    std::size_t length;
-    unsigned char low = 0x80, high = 0xBF;  // the range of the second byte
-    if (c >= 0xC2 && c <= 0xDF) {
-      length = 2;
-    } else if (c >= 0xE0 && c <= 0xEF) {
-      length = 3;
-      if (c == 0xE0) low = 0xA0;
-      if (c == 0xED) high = 0x9F;
-    } else if (c >= 0xF0 && c <= 0xF4) {
-      length = 4;
-      if (c == 0xF0) low = 0x90;
-      if (c == 0xF4) high = 0x8F;
-    } else {
+    NUtf8Lead lead;
+    if (!NUtf8LeadOf(c, &lead)) {
       out.push_back(u'\uFFFD');
       ++i;
       continue;
     }
+    const std::size_t length = static_cast<std::size_t>(lead.length);
     std::size_t end = i + 1;
-    if (end < n && p[end] >= low && p[end] <= high) {
+    if (end < n && p[end] >= lead.low && p[end] <= lead.high) {
       ++end;
       while (end < i + length && end < n && (p[end] & 0xC0) == 0x80) ++end;
     }
