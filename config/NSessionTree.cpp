@@ -74,6 +74,10 @@ bool NSessionTree::WalkFolder(NProfileKey& folder, const NUnicodeString& prefix,
     // A session's sub-keys are its own business; a key with a file and no
     // folder has nothing beneath it.
     if (entry.isSession || kind == kSubKeyFile) continue;
+    if (!child && kind == kSubKeyFolder) {
+      // Known to have no file: nothing to load, and no search for one by case.
+      if (auto* ini = dynamic_cast<NIniFileKey*>(&folder)) child = ini->OpenFolderSubKey(name);
+    }
     if (!child) {
       NReportMessageParams why;
       child = folder.OpenSubKey(name, why);

@@ -129,6 +129,20 @@ TEST_F(NSessionTreeTest, ReadsOnlyTheFilesOfEntriesItReportsAndEachOnce) {
   EXPECT_EQ(counting.CallCount(NFaultKind::kWrite), 0);
 }
 
+TEST_F(NSessionTreeTest, ListsEachFolderOnceAndOpensNoFileForAFolderAlone) {
+  MakeTree();
+  NFaultPlatform counting(NPlatform::Default());
+  NReportMessageParams params;
+  bool complete = false;
+  (void)Walk(counting, params, &complete);
+  EXPECT_TRUE(complete);
+  // Sessions, Lab, Deep, L3, L4, L5 and Plain, and the configuration folder
+  // once, where "Sessions.ini" is looked for by case.
+  EXPECT_EQ(counting.CallCount(NFaultKind::kListFolder), 8);
+  // The seven files read, and the missing "Sessions.ini".
+  EXPECT_EQ(counting.CallCount(NFaultKind::kOpen), 8);
+}
+
 TEST_F(NSessionTreeTest, TheVisitorStopsTheWalkAndANewWalkStartsAfresh) {
   MakeTree();
   NReportMessageParams params;

@@ -20,6 +20,9 @@ class NForwardingPlatform : public NPlatform {
   NStatus ListFolder(std::u16string_view path, std::vector<NFolderEntry>* entries) override {
     return m_target.ListFolder(path, entries);
   }
+  NStatus ListFolderWithoutLinks(std::u16string_view path, std::vector<NFolderEntry>* entries) override {
+    return m_target.ListFolderWithoutLinks(path, entries);
+  }
   NStatus CanonicalPath(std::u16string_view path, std::u16string* canonical) override {
     return m_target.CanonicalPath(path, canonical);
   }

@@ -83,6 +83,9 @@ class NPlatform {
   virtual NStatus RemoveFolder(std::u16string_view path) = 0;
   // Lists a folder without "." and "..", in the system's order.
   virtual NStatus ListFolder(std::u16string_view path, std::vector<NFolderEntry>* entries) = 0;
+  // The same, refusing (access denied) a folder reached through a symbolic
+  // link anywhere on its path, as NOpenOptions::noLinks does for files.
+  virtual NStatus ListFolderWithoutLinks(std::u16string_view path, std::vector<NFolderEntry>* entries) = 0;
   // The absolute path of an existing file or folder, with every symbolic
   // link resolved.
   virtual NStatus CanonicalPath(std::u16string_view path, std::u16string* canonical) = 0;

@@ -534,6 +534,25 @@ TEST_F(NPlatformTest, ListFolderNamesEveryEntryWithItsKindAndNeverTheDotEntries)
   }
 }
 
+TEST_F(NPlatformTest, ListingWithoutLinksRefusesAFolderReachedThroughOne) {
+  WriteText("real/sub/one.ini", "1");
+  std::vector<NFolderEntry> entries;
+  NStatus status = Platform().ListFolderWithoutLinks(Path("real/sub"), &entries);
+  ASSERT_TRUE(status.IsOk()) << Describe(status);
+  ASSERT_EQ(entries.size(), 1u);
+  EXPECT_EQ(entries[0].name, u"one.ini");
+  for (const char* missing : {"missing", "real/missing/deeper", "real/sub/one.ini"}) {
+    status = Platform().ListFolderWithoutLinks(Path(missing), &entries);
+    EXPECT_TRUE(status.IsNotFound()) << missing << ": " << Describe(status);
+  }
+  if (!NMakeSymbolicLink("real", Native("linked"), true)) GTEST_SKIP() << "this system makes no symbolic links here";
+  for (const char* linked : {"linked", "linked/sub"}) {
+    ASSERT_TRUE(Platform().ListFolder(Path(linked), &entries).IsOk()) << linked;
+    status = Platform().ListFolderWithoutLinks(Path(linked), &entries);
+    EXPECT_EQ(status.Code(), NStatus::kAccessDenied) << linked << ": " << Describe(status);
+  }
+}
+
 TEST_F(NPlatformTest, PathKindTellsFilesFoldersAndLinksApart) {
   WriteText("file", "");
   fs::create_directory(Native("folder"));

@@ -47,6 +47,41 @@ NStatus NFindKeyPath(NPlatform& platform, std::u16string_view root, const NKeyPa
     *found = std::move(rest);
     return NStatus::Error(code, operation, *found);
   };
+  if (names.empty()) {
+    *found = NUnicodeString(root);
+    return NStatus::Ok();
+  }
+  // Usually only the last name is missing as spelled: one listing of the
+  // folder it belongs in, reached without a link, settles it. Otherwise the
+  // names are taken one by one.
+  NUnicodeString parent(root);
+  for (std::size_t i = 0; i + 1 < names.size(); ++i) AppendName(parent, names[i], separator);
+  std::vector<NFolderEntry> entries;
+  if (platform.ListFolderWithoutLinks(parent, &entries)) {
+    NUnicodeString leaf = names.back();
+    leaf += suffix;
+    const NPathKind wanted = suffix.empty() ? NPathKind::kFolder : NPathKind::kFile;
+    const NFolderEntry* match = nullptr;
+    for (const NFolderEntry& entry : entries) {
+      if (entry.name == leaf) {
+        match = &entry;
+        break;
+      }
+      // The same choice among several spellings as NListIgnoringCase makes.
+      if (entry.kind == wanted && NUnicodeString::CompareIgnoreCase(entry.name, leaf) == 0 &&
+          (!match || entry.name < match->name)) {
+        match = &entry;
+      }
+    }
+    AppendName(parent, match ? std::u16string_view(match->name) : std::u16string_view(leaf), separator);
+    *found = std::move(parent);
+    if (!match) return NStatus::Error(NStatus::kFileNotFound, "find key", *found);
+    if (wanted == NPathKind::kFolder && match->kind != NPathKind::kFolder) {
+      return NStatus::Error(NStatus::kAccessDenied, "find key (not a folder)", *found);
+    }
+    return NStatus::Ok();
+  }
+
   NUnicodeString at(root);
   for (std::size_t i = 0; i < names.size(); ++i) {
     const bool leaf = i + 1 == names.size();

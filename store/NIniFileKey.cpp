@@ -587,12 +587,30 @@ std::unique_ptr<NProfileKey> NIniFileKey::OpenSubKey(std::u16string_view name, N
   return Open(m_store, std::move(path), m_readOnly, params);
 }
 
+std::unique_ptr<NIniFileKey> NIniFileKey::OpenFolderSubKey(std::u16string_view name) const {
+  NKeyPath path = m_path;
+  if (!path.Append(name)) return nullptr;
+  std::unique_ptr<NIniFileKey> key(new NIniFileKey(m_store, std::move(path), m_readOnly));
+  key->m_map = std::make_unique<Map>();
+  ++key->m_tableGeneration;
+  return key;
+}
+
 std::unique_ptr<NProfileKeyIterator> NIniFileKey::CreateIterator(bool values) {
   if (values) return std::make_unique<Iterator>(*this);
-  // Listing goes through the key's own folder too: it must be a real one.
-  NUnicodeString folder;
-  if (NStatus way = NFindKeyPath(m_store.Platform(), m_store.Root(), m_path, u"", &folder); !way && !way.IsNotFound()) {
-    return std::make_unique<Iterator>(std::move(way));
+  // The folder as the key spells it, with one listing; a folder reached
+  // through a link is refused, as a key file would be.
+  NPlatform& platform = m_store.Platform();
+  NUnicodeString folder = FolderPath();
+  std::vector<NFolderEntry> entries;
+  NStatus listed = platform.ListFolderWithoutLinks(folder, &entries);
+  if (listed.IsNotFound() && !m_path.IsRoot()) {
+    // Only a folder missing as spelled pays for the search by case.
+    NUnicodeString found;
+    if (NStatus way = NFindKeyPath(platform, m_store.Root(), m_path, u"", &found); !way.IsNotFound()) {
+      listed = way ? platform.ListFolderWithoutLinks(found, &entries) : std::move(way);
+      folder = std::move(found);
+    }
   }
-  return std::make_unique<Iterator>(m_store.Platform(), folder);
+  return std::make_unique<Iterator>(folder, std::move(listed), std::move(entries));
 }

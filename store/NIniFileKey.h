@@ -69,6 +69,13 @@ class NIniFileKey final : public NProfileKey {
   std::unique_ptr<NProfileKey> OpenSubKey(std::u16string_view name, NReportMessageParams& params) override;
   std::unique_ptr<NProfileKeyIterator> CreateIterator(bool values) override;
 
+  // The sub-key `name` as a key without a file, nothing read: for a walk
+  // that knows from listing this key's folder that the sub-key is a folder
+  // alone, which spares the search for a file by case. Values set on it
+  // are saved as on any key (merged with a file made meanwhile). Null for
+  // a name no key can have.
+  std::unique_ptr<NIniFileKey> OpenFolderSubKey(std::u16string_view name) const;
+
   bool IsModified() const { return m_modified; }
   const Map& Values() const { return *m_map; }
   // Changes whenever the key's table is replaced (reload, merge on save).

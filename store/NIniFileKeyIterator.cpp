@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "location/NReportMessageRouter.h"
-#include "platform/NPlatform.h"
 
 namespace {
 
@@ -74,16 +73,20 @@ int NIniFileKey::Iterator::CompareEntries(const Entry& a, const Entry& b) const 
   return CompareUtf8(NameOf(a), NameOf(b));
 }
 
-NIniFileKey::Iterator::Iterator(NPlatform& platform, const NUnicodeString& folder) {
-  std::vector<NFolderEntry> entries;
-  if (NStatus status = platform.ListFolder(folder, &entries); !status) {
+NIniFileKey::Iterator::Iterator(const NUnicodeString& folder, NStatus listed, std::vector<NFolderEntry> entries) {
+  AddListed(folder, std::move(listed), std::move(entries));
+}
+
+void NIniFileKey::Iterator::AddListed(const NUnicodeString& folder, NStatus listed, std::vector<NFolderEntry> entries) {
+  if (!listed) {
     std::u16string line = u"NIniFileKey::Iterator failed to open path ";
     line += folder;
     line += u"\n";
     NTrace(line);
-    m_listStatus = std::move(status);
+    m_listStatus = std::move(listed);
     return;
   }
+  m_entries.reserve(entries.size());
   for (NFolderEntry& entry : entries) {
     if (entry.kind == NPathKind::kFolder) {
       Add(NUnicodeString(std::move(entry.name)).ToUtf8(), kSubKeyFolder, 0);
@@ -93,6 +96,12 @@ NIniFileKey::Iterator::Iterator(NPlatform& platform, const NUnicodeString& folde
     }
   }
   Sort();
+}
+
+NIniFileKey::Iterator::Iterator(NPlatform& platform, const NUnicodeString& folder) {
+  std::vector<NFolderEntry> entries;
+  NStatus listed = platform.ListFolder(folder, &entries);
+  AddListed(folder, std::move(listed), std::move(entries));
 }
 
 NIniFileKey::Iterator::Iterator(const NIniFileKey& key) : m_key(&key), m_generation(key.TableGeneration()) {

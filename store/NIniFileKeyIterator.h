@@ -4,9 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/NPlatform.h"
 #include "store/NIniFileKey.h"
-
-class NPlatform;
 
 // Walks the sub-keys or the values of an INI key. The entries are collected
 // when the iterator is made, ordered by name compared without case over the
@@ -25,7 +24,10 @@ class NIniFileKey::Iterator final : public NProfileKeyIterator {
   Iterator() = default;
   // Over nothing, because the sub-keys could not be listed.
   explicit Iterator(NStatus failure) : m_listStatus(std::move(failure)) {}
-  // Over the sub-keys in `folder`.
+  // Over the sub-keys listed in `folder`, or over nothing when `listed`
+  // says the listing failed.
+  Iterator(const NUnicodeString& folder, NStatus listed, std::vector<NFolderEntry> entries);
+  // Over the sub-keys in `folder`, listed here.
   Iterator(NPlatform& platform, const NUnicodeString& folder);
   // Over the values of `key`.
   explicit Iterator(const NIniFileKey& key);
@@ -52,6 +54,7 @@ class NIniFileKey::Iterator final : public NProfileKeyIterator {
     std::uint32_t kind;
     std::uint32_t position;  // a value's place in the key's table
   };
+  void AddListed(const NUnicodeString& folder, NStatus listed, std::vector<NFolderEntry> entries);
   int CompareEntries(const Entry& a, const Entry& b) const;
   void Add(std::string_view name, std::uint32_t kind, std::uint32_t position);
   std::string_view NameOf(const Entry& entry) const { return std::string_view(m_names).substr(entry.offset, entry.size); }

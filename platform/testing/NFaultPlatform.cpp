@@ -178,3 +178,8 @@ NStatus NFaultPlatform::ListFolder(std::u16string_view path, std::vector<NFolder
   if (auto fault = Count(NFaultKind::kListFolder)) return Injected(*fault, NFaultKind::kListFolder, path);
   return Target().ListFolder(path, entries);
 }
+
+NStatus NFaultPlatform::ListFolderWithoutLinks(std::u16string_view path, std::vector<NFolderEntry>* entries) {
+  if (auto fault = Count(NFaultKind::kListFolder)) return Injected(*fault, NFaultKind::kListFolder, path);
+  return Target().ListFolderWithoutLinks(path, entries);
+}

@@ -77,6 +77,7 @@ class NFaultPlatform : public NForwardingPlatform {
   NStatus CreateFolder(std::u16string_view path, NFileSecurity security) override;
   NStatus RemoveFolder(std::u16string_view path) override;
   NStatus ListFolder(std::u16string_view path, std::vector<NFolderEntry>* entries) override;
+  NStatus ListFolderWithoutLinks(std::u16string_view path, std::vector<NFolderEntry>* entries) override;
 
  private:
   class NFaultFile;

@@ -385,6 +385,24 @@ NStatus NWindowsPlatform::ListFolder(std::u16string_view path, std::vector<NFold
   return error == ERROR_NO_MORE_FILES ? NStatus::Ok() : NStatus::Error(error, "list folder", path);
 }
 
+NStatus NWindowsPlatform::ListFolderWithoutLinks(std::u16string_view path, std::vector<NFolderEntry>* entries) {
+  std::wstring systemPath, full;
+  if (!ToSystemPath(path, &systemPath)) return NStatus::Error(NStatus::kInvalidParameter, "list folder", path);
+  if (!FullPath(systemPath, &full)) return Failure("list folder", path);
+  // The folder is held open while it is listed, so that it cannot be
+  // swapped for a link between the check and the listing.
+  NHandle handle(CreateFileW(full.c_str(), FILE_READ_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                             OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+  if (!handle) {
+    const DWORD error = GetLastError();
+    return NStatus::Error(error == ERROR_FILE_NOT_FOUND ? NStatus::kPathNotFound : error, "list folder", path);
+  }
+  if (IsLinkHandle(handle.Get()) || !ReachedDirectly(handle.Get(), full)) {
+    return NStatus::Error(NStatus::kAccessDenied, "list folder", path);
+  }
+  return ListFolder(path, entries);
+}
+
 NStatus NWindowsPlatform::CanonicalPath(std::u16string_view path, std::u16string* canonical) {
   std::wstring systemPath;
   if (!ToSystemPath(path, &systemPath)) return NStatus::Error(NStatus::kInvalidParameter, "resolve", path);
