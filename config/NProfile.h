@@ -171,24 +171,27 @@ template <typename T, typename Data>
 class NProfile2 final : public NProfileData {
  public:
   NProfile2(NProfileRecord* record, std::u16string_view name, T defaultValue = T())
-      : NProfileData(record, name), m_default(defaultValue), m_value(m_default), m_loaded(m_default) {}
+      : NProfileData(record, name), m_default(std::move(defaultValue)), m_value(m_default) {}
 
   const T& Get() const { return m_value; }
-  const T& Loaded() const { return m_loaded; }
+  const T& Loaded() const { return m_loadedIsValue ? m_value : m_loaded; }
   const T& Default() const { return m_default; }
   operator const T&() const { return m_value; }
-  void Set(T value) { m_value = std::move(value); }
-  NProfile2& operator=(T value) {
+  void Set(T value) {
+    KeepLoaded();
     m_value = std::move(value);
+  }
+  NProfile2& operator=(T value) {
+    Set(std::move(value));
     return *this;
   }
   // Takes the other field's current value.
-  void CopyFrom(const NProfile2& other) { m_value = other.m_value; }
+  void CopyFrom(const NProfile2& other) { Set(other.m_value); }
   void CopyFrom(const NProfileData& other) override { CopyFrom(dynamic_cast<const NProfile2&>(other)); }
   // Makes `value` the current and the loaded value, as a read would.
   void Load(T value) {
-    m_value = value;
-    m_loaded = std::move(value);
+    m_value = std::move(value);
+    m_loadedIsValue = true;
     m_touched = false;
   }
   // Counts the field as modified until it is saved, whatever it holds: a
@@ -204,26 +207,38 @@ class NProfile2 final : public NProfileData {
   bool Write(NProfileKey& key, bool all) override {
     if (!all && !IsModified()) return true;
     if (!Data::Write(key, Name(), m_value)) return false;
-    m_loaded = m_value;
+    m_loadedIsValue = true;
     m_touched = false;
     return true;
   }
-  bool IsModified() const override { return m_touched || !(m_value == m_loaded); }
+  bool IsModified() const override { return m_touched || (!m_loadedIsValue && !(m_value == m_loaded)); }
   void Revert() override {
-    m_value = m_loaded;
+    if (!m_loadedIsValue) m_value = std::move(m_loaded);
+    m_loadedIsValue = true;
     m_touched = false;
   }
   void Reset() override {
     m_value = m_default;
-    m_loaded = m_default;
+    m_loadedIsValue = true;
     m_touched = false;
   }
   NFieldValue Describe() const override { return Data::Describe(m_value); }
 
  private:
+  // Before the current value changes: the loaded one gets a copy of its own.
+  void KeepLoaded() {
+    if (!m_loadedIsValue) return;
+    m_loaded = std::move(m_value);
+    m_loadedIsValue = false;
+  }
+
   T m_default;
   T m_value;
+  // The value last loaded or saved, kept apart only once the current value
+  // has changed since: most fields are read and never set, and a copy of
+  // each would double the work of loading a record.
   T m_loaded;
+  bool m_loadedIsValue = true;
   bool m_touched = false;
 };
 

@@ -110,11 +110,10 @@ NIniFileKeyMap::~NIniFileKeyMap() {
 
 void NIniFileKeyMap::Destroy(Element& element) {
   if (!element.m_data) return;
-  if (element.m_heap) {
-    delete element.m_data;
-  } else {
-    element.m_data->~NIniFileData();  // the arena frees the memory with the table
-  }
+  // Values made in the arena only borrow their bytes (they are replaced,
+  // never changed), so they have nothing to free: the arena goes with the
+  // table.
+  if (element.m_heap) delete element.m_data;
   element.m_data = nullptr;
   element.m_heap = false;
 }
@@ -169,6 +168,11 @@ const NIniFileKeyMap::Element* NIniFileKeyMap::Find(std::string_view name) const
       ++m_hint;
       return &next;
     }
+  }
+  // The same name again: a binary is read for its length, then its bytes.
+  if (m_hint > 0 && m_hint <= ElementCount()) {
+    const Element& last = ElementAt(m_hint - 1);
+    if (SameName(last.Name(), name)) return &last;
   }
   const Element* found = const_cast<NIniFileKeyMap*>(this)->Lookup(name, Hash(name));
   if (found) m_hint = static_cast<std::size_t>(found - (IsPersonal(*found) ? m_fixed.data() : m_free.data() - kFixedCount)) + 1;

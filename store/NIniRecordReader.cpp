@@ -23,17 +23,29 @@ constexpr std::array<signed char, 256> kHexValues = [] {
 int HexDigit(unsigned char c) { return kHexValues[c]; }
 
 // Eight plain hex digits, the usual DWORD; false for anything else, which
-// the general reader then takes.
+// the general reader then takes. All eight at once in one word: each byte
+// is checked against the ranges by adding to it so that its high bit tells
+// the comparison (no byte carries into the next, as all are below 0x80).
 bool ReadPlainHex8(const char* digits, std::uint32_t* value) {
-  std::uint32_t result = 0;
-  int bad = 0;
-  for (int i = 0; i < 8; ++i) {
-    const int digit = kHexValues[static_cast<unsigned char>(digits[i])];
-    bad |= digit;
-    result = result << 4 | static_cast<std::uint32_t>(digit & 0xF);
-  }
-  if (bad < 0) return false;
-  *value = result;
+  constexpr std::uint64_t kOnes = 0x0101010101010101ull;
+  constexpr std::uint64_t kHighs = kOnes * 0x80;
+  std::uint64_t word;
+  std::memcpy(&word, digits, 8);
+  if (word & kHighs) return false;
+  const std::uint64_t atLeast0 = word + kOnes * (0x80 - '0');
+  const std::uint64_t above9 = word + kOnes * (0x80 - '9' - 1);
+  const std::uint64_t lower = word | kOnes * 0x20;  // 'A'-'F' as 'a'-'f'
+  const std::uint64_t atLeastA = lower + kOnes * (0x80 - 'a');
+  const std::uint64_t aboveF = lower + kOnes * (0x80 - 'f' - 1);
+  const std::uint64_t isHex = ((atLeast0 & ~above9) | (atLeastA & ~aboveF)) & kHighs;
+  if (isHex != kHighs) return false;
+  // A digit's value is its low nibble, a letter's its low nibble plus 9
+  // (letters have bit 6 set, digits not).
+  const std::uint64_t nibbles = (word & kOnes * 0x0F) + ((word >> 6) & kOnes) * 9;
+  // The first character is the most significant: pairs, then quads, then all.
+  const std::uint64_t pairs = ((nibbles << 4) | (nibbles >> 8)) & 0x00FF00FF00FF00FFull;
+  const std::uint64_t quads = ((pairs << 8) | (pairs >> 16)) & 0x0000FFFF0000FFFFull;
+  *value = static_cast<std::uint32_t>((quads << 16) | (quads >> 32));
   return true;
 }
 

@@ -144,6 +144,35 @@ TEST(NIniRecordReaderTest, DwordReadsEightUnitsAndCountsANonDigitAs255) {
   }
 }
 
+TEST(NIniRecordReaderTest, DwordDigitsAtTheEdgesOfEachRangeReadAsOneByOne) {
+  // The bytes on either side of each range of hex digits, in every place.
+  const std::string_view edges = "/09:@AFG`afg\x10\x19\x7F ";
+  auto reference = [](std::string_view digits) {
+    std::uint32_t value = 0;
+    for (const char c : digits) {
+      int digit = 255;
+      if (c >= '0' && c <= '9') digit = c - '0';
+      if (c >= 'a' && c <= 'f') digit = c - 'a' + 10;
+      if (c >= 'A' && c <= 'F') digit = c - 'A' + 10;
+      value = value * 16 + static_cast<std::uint32_t>(digit);
+    }
+    return value;
+  };
+  std::uint32_t state = 12345;
+  for (int round = 0; round < 20000; ++round) {
+    std::string digits(8, '0');
+    for (char& c : digits) {
+      state = state * 1103515245 + 12345;
+      // Mostly plain digits, so that one odd byte among them is the usual case.
+      const std::uint32_t pick = state >> 16;
+      c = pick % 3 ? "0123456789abcdefABCDEF"[pick % 22] : edges[pick % edges.size()];
+    }
+    const NReadOutcome outcome = ReadAll("D:\"v\"=" + digits + "\r\n");
+    ASSERT_EQ(outcome.records.size(), 1u) << digits;
+    ASSERT_EQ(outcome.records[0].dword, reference(digits)) << digits;
+  }
+}
+
 TEST(NIniRecordReaderTest, NamesAndStringValuesAreTakenAsWritten) {
   const struct {
     std::string_view line;

@@ -108,28 +108,3 @@ std::string NTextFile::Encoded() const {
   }
   return m_pending;
 }
-
-bool NLineReader::Next(std::string_view* line) {
-  if (m_position >= m_text.size()) return false;
-  const char* begin = m_text.data() + m_position;
-  const size_t left = m_text.size() - m_position;
-  const size_t end = NFindLineEnd(std::string_view(begin, left));
-  *line = std::string_view(begin, end);
-  TakeLine(end);
-  return true;
-}
-
-void NLineReader::TakeLine(std::size_t end) {
-  const char* begin = m_text.data() + m_position;
-  const size_t left = m_text.size() - m_position;
-  ++m_lineNumber;
-  if (end == left) {
-    m_position = m_text.size();
-    m_unterminated = true;
-    return;
-  }
-  m_unterminated = false;
-  size_t next = end + 1;
-  if (begin[end] == '\r' && next < left && begin[next] == '\n') ++next;
-  m_position += next;
-}

@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/NAscii.h"
 #include "platform/NFile.h"
 
 // The text-file reader and writer of the store, on an open NFile.
@@ -67,12 +68,33 @@ class NLineReader {
   explicit NLineReader(std::string_view text) : m_text(text) {}
 
   // The next line; false at the end of the text.
-  bool Next(std::string_view* line);
+  bool Next(std::string_view* line) {
+    if (m_position >= m_text.size()) return false;
+    const char* begin = m_text.data() + m_position;
+    const std::size_t end = NFindLineEnd(std::string_view(begin, m_text.size() - m_position));
+    *line = std::string_view(begin, end);
+    TakeLine(end);
+    return true;
+  }
 
   // The text not read yet. A caller that found where the next line ends
   // itself takes it with TakeLine(its length), as Next would have.
   std::string_view Rest() const { return m_text.substr(m_position); }
-  void TakeLine(std::size_t length);
+  // Inline: the record reader calls it for every record.
+  void TakeLine(std::size_t length) {
+    const char* begin = m_text.data() + m_position;
+    const std::size_t left = m_text.size() - m_position;
+    ++m_lineNumber;
+    if (length == left) {
+      m_position = m_text.size();
+      m_unterminated = true;
+      return;
+    }
+    m_unterminated = false;
+    std::size_t next = length + 1;
+    if (begin[length] == '\r' && next < left && begin[next] == '\n') ++next;
+    m_position += next;
+  }
 
   // 1-based number of the line Next gave last.
   std::size_t LineNumber() const { return m_lineNumber; }
