@@ -160,6 +160,48 @@ const NSessionFolder& Folder(int sessions) {
   return *slot;
 }
 
+// The same tree with each session as the application writes it: loaded
+// from the generated folder into a SessionConfig and saved with every field
+// (names, kinds and order the record's own), beside the same folder data.
+const NSessionFolder& RecordFolder(int sessions) {
+  static std::map<int, std::unique_ptr<NSessionFolder>> folders;
+  std::unique_ptr<NSessionFolder>& slot = folders[sessions];
+  if (slot) return *slot;
+  const NSessionFolder& source = Folder(sessions);
+  const fs::path root = fs::path(BenchDir()) / ("records-" + std::to_string(sessions));
+  const fs::path marker = root / kMarkerName;
+  const std::string expected = std::to_string(sessions) + " " + std::to_string(kSeed) + " records\n";
+  if (ReadWhole(marker) != expected) {
+    std::error_code ignored;
+    if (fs::exists(marker, ignored)) fs::remove_all(root, ignored);
+    std::fprintf(stderr, "writing %d session records in %s\n", sessions, root.c_str());
+    fs::create_directories(root);
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(fs::path(source.root) / "Sessions")) {
+      if (entry.path().filename() != kFolderDataFile) continue;
+      const fs::path copy = root / fs::relative(entry.path(), source.root);
+      fs::create_directories(copy.parent_path());
+      fs::copy_file(entry.path(), copy, fs::copy_options::overwrite_existing);
+    }
+    NIniFileStore from(NUnicodeString::FromUtf8(source.root), NUnicodeString(), NPlatform::Default());
+    NIniFileStore to(NUnicodeString::FromUtf8(root.string()), NUnicodeString(), NPlatform::Default());
+    for (const NKeyPath& path : source.keys) {
+      NReportMessageParams params;
+      SessionConfig record;
+      std::unique_ptr<NIniFileKey> in = NIniFileKey::Open(from, path, true, params);
+      std::unique_ptr<NIniFileKey> out = NIniFileKey::Open(to, path, false, params);
+      if (!in || !out || !record.Load(*in, params) || !record.Save(*out, true, params) || !out->Flush(params)) {
+        std::fprintf(stderr, "could not write the record %s\n", NUnicodeString(path.Join(u'\\')).ToUtf8().c_str());
+        std::exit(1);
+      }
+    }
+    std::ofstream(marker) << expected;
+  }
+  slot = std::make_unique<NSessionFolder>(CollectSessions(root));
+  std::string raw;
+  for (const NUnicodeString& file : slot->files) ReadLocked(NPlatform::Default(), file, &raw);
+  return *slot;
+}
+
 // Times the walks' wall time itself, so that the per-file figure prints as a
 // plain number of microseconds.
 class NWalkClock {
@@ -181,9 +223,10 @@ class NWalkClock {
   std::chrono::steady_clock::duration m_total{};
 };
 
-const NSessionFolder* FolderOrSkip(benchmark::State& state) {
+// The generated folder, or (`records`) the one written by SessionConfig.
+const NSessionFolder* FolderOrSkip(benchmark::State& state, bool records = false) {
   const int sessions = static_cast<int>(state.range(0));
-  const NSessionFolder& folder = Folder(sessions);
+  const NSessionFolder& folder = records ? RecordFolder(sessions) : Folder(sessions);
   if (folder.files.size() != static_cast<std::size_t>(sessions)) {
     state.SkipWithError("the folder does not hold the expected sessions");
     return nullptr;
@@ -191,8 +234,9 @@ const NSessionFolder* FolderOrSkip(benchmark::State& state) {
   return &folder;
 }
 
-void BM_FloorOpenLockReadClose(benchmark::State& state) {
-  const NSessionFolder* folder = FolderOrSkip(state);
+template <bool kRecords>
+void FloorOpenLockReadClose(benchmark::State& state) {
+  const NSessionFolder* folder = FolderOrSkip(state, kRecords);
   if (!folder) return;
   NPlatform& platform = NPlatform::Default();
   std::string raw;
@@ -212,6 +256,10 @@ void BM_FloorOpenLockReadClose(benchmark::State& state) {
   }
   clock.SetCounters(state, folder->files.size(), folder->bytes);
 }
+
+void BM_FloorOpenLockReadClose(benchmark::State& state) { FloorOpenLockReadClose<false>(state); }
+// The floor of the walk that loads full records: the same files.
+void BM_RecordFloorOpenLockReadClose(benchmark::State& state) { FloorOpenLockReadClose<true>(state); }
 
 void BM_FloorPlusSplit(benchmark::State& state) {
   const NSessionFolder* folder = FolderOrSkip(state);
@@ -379,7 +427,9 @@ void BM_FloorListFolders(benchmark::State& state) {
 // every session loaded as a full record.
 template <bool kLoadRecords>
 void SessionWalk(benchmark::State& state) {
-  const NSessionFolder* folder = FolderOrSkip(state);
+  // Full records are loaded from files that hold them; names and kinds come
+  // from listings alone, on the generated folder.
+  const NSessionFolder* folder = FolderOrSkip(state, kLoadRecords);
   if (!folder) return;
   NIniFileStore store(NUnicodeString::FromUtf8(folder->root), NUnicodeString(), NPlatform::Default());
   NWalkClock clock;
@@ -531,6 +581,7 @@ void RegisterBenchmarks() {
                               {"BM_StoreLoadOnly", BM_StoreLoadOnly},
                               {"BM_FloorListFolders", BM_FloorListFolders},
                               {"BM_SessionWalkNamesAndKinds", BM_SessionWalkNamesAndKinds},
+                              {"BM_RecordFloorOpenLockReadClose", BM_RecordFloorOpenLockReadClose},
                               {"BM_SessionWalkAndLoadRecords", BM_SessionWalkAndLoadRecords}};
   constexpr struct NSize {
     int sessions;

@@ -171,26 +171,28 @@ template <typename T, typename Data>
 class NProfile2 final : public NProfileData {
  public:
   NProfile2(NProfileRecord* record, std::u16string_view name, T defaultValue = T())
-      : NProfileData(record, name), m_default(std::move(defaultValue)), m_value(m_default) {}
+      : NProfileData(record, name), m_default(std::move(defaultValue)) {}
 
-  const T& Get() const { return m_value; }
-  const T& Loaded() const { return m_loadedIsValue ? m_value : m_loaded; }
+  const T& Get() const { return m_valueIsDefault ? m_default : m_value; }
+  const T& Loaded() const { return m_loadedIsValue ? Get() : m_loaded; }
   const T& Default() const { return m_default; }
-  operator const T&() const { return m_value; }
+  operator const T&() const { return Get(); }
   void Set(T value) {
     KeepLoaded();
     m_value = std::move(value);
+    m_valueIsDefault = false;
   }
   NProfile2& operator=(T value) {
     Set(std::move(value));
     return *this;
   }
   // Takes the other field's current value.
-  void CopyFrom(const NProfile2& other) { Set(other.m_value); }
+  void CopyFrom(const NProfile2& other) { Set(other.Get()); }
   void CopyFrom(const NProfileData& other) override { CopyFrom(dynamic_cast<const NProfile2&>(other)); }
   // Makes `value` the current and the loaded value, as a read would.
   void Load(T value) {
     m_value = std::move(value);
+    m_valueIsDefault = false;
     m_loadedIsValue = true;
     m_touched = false;
   }
@@ -206,38 +208,43 @@ class NProfile2 final : public NProfileData {
   }
   bool Write(NProfileKey& key, bool all) override {
     if (!all && !IsModified()) return true;
-    if (!Data::Write(key, Name(), m_value)) return false;
+    if (!Data::Write(key, Name(), Get())) return false;
     m_loadedIsValue = true;
     m_touched = false;
     return true;
   }
-  bool IsModified() const override { return m_touched || (!m_loadedIsValue && !(m_value == m_loaded)); }
+  bool IsModified() const override { return m_touched || (!m_loadedIsValue && !(Get() == m_loaded)); }
   void Revert() override {
-    if (!m_loadedIsValue) m_value = std::move(m_loaded);
+    if (!m_loadedIsValue) {
+      m_value = std::move(m_loaded);
+      m_valueIsDefault = false;
+    }
     m_loadedIsValue = true;
     m_touched = false;
   }
   void Reset() override {
-    m_value = m_default;
+    m_valueIsDefault = true;
     m_loadedIsValue = true;
     m_touched = false;
   }
-  NFieldValue Describe() const override { return Data::Describe(m_value); }
+  NFieldValue Describe() const override { return Data::Describe(Get()); }
 
  private:
   // Before the current value changes: the loaded one gets a copy of its own.
   void KeepLoaded() {
     if (!m_loadedIsValue) return;
-    m_loaded = std::move(m_value);
+    m_loaded = m_valueIsDefault ? m_default : std::move(m_value);
     m_loadedIsValue = false;
   }
 
+  // A record makes a few hundred fields and reads most of them once, and
+  // never sets most: the current value is the default until it is read or
+  // set, and the loaded value is the current one until that changes, so
+  // that neither costs a copy of its own.
   T m_default;
-  T m_value;
-  // The value last loaded or saved, kept apart only once the current value
-  // has changed since: most fields are read and never set, and a copy of
-  // each would double the work of loading a record.
-  T m_loaded;
+  T m_value;   // unless m_valueIsDefault
+  T m_loaded;  // unless m_loadedIsValue
+  bool m_valueIsDefault = true;
   bool m_loadedIsValue = true;
   bool m_touched = false;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <string_view>
 #include <vector>
 
@@ -26,8 +27,8 @@ class NProfileData {
   std::u16string_view Name() const { return m_name; }
   // Binds the field to another value name, kept in the field.
   void Rename(std::u16string_view name) {
-    m_ownedName = NUnicodeString(name);
-    m_name = m_ownedName;
+    m_ownedName = std::make_unique<NUnicodeString>(name);
+    m_name = *m_ownedName;
   }
 
   // Reads the value from `key`: true when it was present and readable, and
@@ -52,13 +53,14 @@ class NProfileData {
 
  private:
   std::u16string_view m_name;
-  NUnicodeString m_ownedName;  // only for a renamed field
+  std::unique_ptr<NUnicodeString> m_ownedName;  // only for a renamed field
 };
 
 // A record: the fields declared in it, in declaration order.
 class NProfileRecord {
  public:
-  NProfileRecord() = default;
+  // Records hold tens to hundreds of fields.
+  NProfileRecord() { m_fields.reserve(64); }
   // Fields point back at their record: a record is never copied or moved.
   NProfileRecord(const NProfileRecord&) = delete;
   NProfileRecord& operator=(const NProfileRecord&) = delete;

@@ -27,6 +27,7 @@ constexpr std::uint64_t kLockOffset = 0;
 constexpr std::uint64_t kLockLength = 4;
 
 constexpr std::u16string_view kKeyFileSuffix = u".ini";
+constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 
 // A value name as UTF-8, on the stack for the usual short ASCII names, so
 // that a lookup allocates nothing.
@@ -131,6 +132,21 @@ class NLockWaitWatch {
 
 }  // namespace
 
+bool NIniFileKey::FileState::SameAs(const std::string& bytes) const {
+  if (hashed) return NHashBytes(bytes.data(), bytes.size()) == hash;
+  const std::string_view view = bytes;
+  return view.size() == mark.size() + text.size() && view.starts_with(mark) && view.substr(mark.size()) == text;
+}
+
+void NIniFileKey::FileState::Hash() {
+  if (hashed) return;
+  std::string bytes(mark);
+  bytes += text;
+  hash = NHashBytes(bytes.data(), bytes.size());
+  hashed = true;
+  mark = text = {};
+}
+
 NIniFileKey::NIniFileKey(const NIniFileStore& store, NKeyPath path, bool readOnly)
     : m_store(store), m_path(std::move(path)), m_readOnly(readOnly) {}
 
@@ -215,11 +231,19 @@ bool NIniFileKey::LoadFile(Map& map, std::u16string_view root, FileState* state,
   }
   file.reset();
   state->existed = true;
-  state->hash = NHashBytes(raw.data(), raw.size());
   report->file = path;
   report->emptyFile = raw.empty();
   NTextFile::Encoding encoding;
-  const std::string_view kept = map.AdoptText(NTextFile::Decode(std::move(raw), &encoding));
+  bool verbatim = false;
+  std::string text = NTextFile::DecodeTaking(&raw, &encoding, &verbatim);
+  if (!verbatim) {
+    state->hash = NHashBytes(raw.data(), raw.size());
+  } else {
+    state->hashed = false;
+    state->mark = encoding == NTextFile::Encoding::kUtf8 ? kUtf8Mark : std::string_view();
+  }
+  const std::string_view kept = map.AdoptText(std::move(text));
+  if (verbatim) state->text = kept;
   ParseInto(map, kept, report);
   if (report->emptyFile || report->unterminated) {
     Trace(u"NIniFileKey: possibly interrupted save: %1\n", path);
@@ -229,11 +253,18 @@ bool NIniFileKey::LoadFile(Map& map, std::u16string_view root, FileState* state,
 
 bool NIniFileKey::Load(NReportMessageParams& params) {
   auto map = std::make_unique<Map>();
-  if (!LoadFile(*map, m_store.Root(), &m_files[0], &m_reports[0], params)) return false;
+  // Kept only with the table they describe: a failed reload changes nothing.
+  FileState files[2];
+  NIniLoadReport reports[2];
+  if (!LoadFile(*map, m_store.Root(), &files[0], &reports[0], params)) return false;
   // Personal values read from the private half take the place of any copy
   // left in the main file.
-  if (!LoadFile(*map, m_store.PrivateRoot(), &m_files[1], &m_reports[1], params)) return false;
+  if (!LoadFile(*map, m_store.PrivateRoot(), &files[1], &reports[1], params)) return false;
   m_map = std::move(map);
+  for (int i = 0; i < 2; ++i) {
+    m_files[i] = files[i];
+    m_reports[i] = std::move(reports[i]);
+  }
   ++m_tableGeneration;
   m_modified = false;
   return true;
@@ -430,7 +461,7 @@ bool NIniFileKey::SaveFiles(NReportMessageParams& params) {
     if (NStatus status = ReadOld(target); !status) return fail(status);
     const FileState& known = m_files[i];
     const bool existsNow = !target.old.empty();
-    if (existsNow != known.existed || (existsNow && NHashBytes(target.old.data(), target.old.size()) != known.hash)) {
+    if (existsNow != known.existed || (existsNow && !known.SameAs(target.old))) {
       changedElsewhere = true;
     }
   }
@@ -465,6 +496,7 @@ bool NIniFileKey::SaveFiles(NReportMessageParams& params) {
     if (!status) return fail(status);
   }
   for (int i = 0; i < count; ++i) {
+    m_files[i] = FileState();
     m_files[i].existed = true;
     m_files[i].hash = NHashBytes(targets[i].content.data(), targets[i].content.size());
   }
@@ -474,6 +506,8 @@ bool NIniFileKey::SaveFiles(NReportMessageParams& params) {
 }
 
 void NIniFileKey::MergeOnto(const std::string& mainBytes, const std::string& privateBytes) {
+  // The texts the states point into go with the old table.
+  for (FileState& state : m_files) state.Hash();
   auto merged = std::make_unique<Map>();
   for (const std::string* bytes : {&mainBytes, &privateBytes}) {
     NTextFile::Encoding encoding;

@@ -92,10 +92,18 @@ class NIniFileKey final : public NProfileKey {
   NUnicodeString FolderPath() const;
 
  private:
-  // What this key knows of a file as it last read or wrote it.
+  // What this key knows of a file as it last read or wrote it. Loading
+  // keeps the usual file's bytes (a byte-order mark, then the text the table
+  // keeps) rather than hash them; the hash is taken when the table is about
+  // to go, or for a file decoding changed.
   struct FileState {
     bool existed = false;
+    bool hashed = true;
     std::uint64_t hash = 0;
+    std::string_view mark;  // until hashed: the bytes before `text`
+    std::string_view text;  // until hashed: the table's copy of the rest
+    bool SameAs(const std::string& bytes) const;
+    void Hash();
   };
 
   NIniFileKey(const NIniFileStore& store, NKeyPath path, bool readOnly);

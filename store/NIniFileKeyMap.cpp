@@ -175,7 +175,9 @@ const NIniFileKeyMap::Element* NIniFileKeyMap::Find(std::string_view name) const
     if (SameName(last.Name(), name)) return &last;
   }
   const Element* found = const_cast<NIniFileKeyMap*>(this)->Lookup(name, Hash(name));
-  if (found) m_hint = static_cast<std::size_t>(found - (IsPersonal(*found) ? m_fixed.data() : m_free.data() - kFixedCount)) + 1;
+  // A personal name leaves the hint where it was: files hold those names
+  // first, apart from the others, while records declare them among the rest.
+  if (found && !IsPersonal(*found)) m_hint = static_cast<std::size_t>(found - m_free.data()) + kFixedCount + 1;
   return found;
 }
 

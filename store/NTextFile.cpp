@@ -8,8 +8,6 @@
 
 namespace {
 
-bool StartsWith(std::string_view bytes, std::string_view mark) { return bytes.substr(0, mark.size()) == mark; }
-
 std::u16string Utf16FromBytes(std::string_view bytes, bool bigEndian) {
   // An odd last byte cannot form a code unit; it becomes U+FFFD.
   std::u16string units(bytes.size() / 2, u'\0');
@@ -34,26 +32,37 @@ std::string CleanUtf8(std::string_view bytes) {
 }  // namespace
 
 std::string NTextFile::Decode(std::string raw, Encoding* encoding) {
-  if (StartsWith(raw, "\xEF\xBB\xBF")) {
+  bool verbatim = false;
+  return DecodeTaking(&raw, encoding, &verbatim);
+}
+
+std::string NTextFile::DecodeTaking(std::string* raw, Encoding* encoding, bool* verbatim) {
+  *verbatim = false;
+  const std::string_view bytes = *raw;
+  if (bytes.starts_with("\xEF\xBB\xBF")) {
     *encoding = Encoding::kUtf8;
-    const std::string_view text = std::string_view(raw).substr(3);
+    const std::string_view text = bytes.substr(3);
     if (IsAscii(text) || NIsValidUtf8(text)) {
-      raw.erase(0, 3);
-      return raw;
+      *verbatim = true;
+      raw->erase(0, 3);
+      return std::move(*raw);
     }
     return CleanUtf8(text);
   }
-  if (StartsWith(raw, "\xFF\xFE")) {
+  if (bytes.starts_with("\xFF\xFE")) {
     *encoding = Encoding::kUtf16LE;
-    return NUtf16ToUtf8(Utf16FromBytes(raw.substr(2), false));
+    return NUtf16ToUtf8(Utf16FromBytes(bytes.substr(2), false));
   }
-  if (StartsWith(raw, "\xFE\xFF")) {
+  if (bytes.starts_with("\xFE\xFF")) {
     *encoding = Encoding::kUtf16BE;
-    return NUtf16ToUtf8(Utf16FromBytes(raw.substr(2), true));
+    return NUtf16ToUtf8(Utf16FromBytes(bytes.substr(2), true));
   }
   *encoding = Encoding::kAnsi;
-  if (IsAscii(raw)) return raw;
-  return NUtf16ToUtf8(NAnsiToUtf16(raw));
+  if (IsAscii(bytes)) {
+    *verbatim = true;
+    return std::move(*raw);
+  }
+  return NUtf16ToUtf8(NAnsiToUtf16(bytes));
 }
 
 NStatus NTextFile::Read(std::string* raw) {

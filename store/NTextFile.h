@@ -39,6 +39,9 @@ class NTextFile {
   // The text of a file's bytes as UTF-8, without the mark. Takes the bytes,
   // so that the usual clean UTF-8 file is not copied.
   static std::string Decode(std::string raw, Encoding* encoding);
+  // The same, taking the bytes from *raw only when the text is the bytes
+  // themselves after the mark (*verbatim); otherwise *raw is left as it was.
+  static std::string DecodeTaking(std::string* raw, Encoding* encoding, bool* verbatim);
 
   void SetEncoding(Encoding encoding) { m_encoding = encoding; }
   Encoding GetEncoding() const { return m_encoding; }
