@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-GlobalConfig::GlobalConfig(int productId) : m_productId(productId) {}
+GlobalConfig::GlobalConfig(int productId) : NProfileRecord(288), m_productId(productId) {}
 
 GlobalConfig::~GlobalConfig() = default;
 

@@ -172,6 +172,11 @@ class NProfile2 final : public NProfileData {
  public:
   NProfile2(NProfileRecord* record, std::u16string_view name, T defaultValue = T())
       : NProfileData(record, name), m_default(std::move(defaultValue)) {}
+  // Records declare hundreds of fields by literal: their names' lengths are
+  // known here rather than counted each time a record is made.
+  template <std::size_t N>
+  NProfile2(NProfileRecord* record, const char16_t (&name)[N], T defaultValue = T())
+      : NProfile2(record, std::u16string_view(name, N - 1), std::move(defaultValue)) {}
 
   const T& Get() const { return m_valueIsDefault ? m_default : m_value; }
   const T& Loaded() const { return m_loadedIsValue ? Get() : m_loaded; }

@@ -3,10 +3,6 @@
 #include "location/NStatusReport.h"
 #include "platform/NStatus.h"
 
-NProfileData::NProfileData(NProfileRecord* record, std::u16string_view name) : m_name(name) {
-  if (record) record->m_fields.push_back(this);
-}
-
 NProfileData* NProfileRecord::FindField(std::u16string_view name) const {
   for (NProfileData* field : m_fields) {
     if (field->Name() == name) return field;

@@ -19,7 +19,7 @@ class NProfileData {
   // Registers the field with `record`, in declaration order (a null record
   // makes a field of its own). `name` must outlive the field (records pass
   // literals).
-  NProfileData(NProfileRecord* record, std::u16string_view name);
+  inline NProfileData(NProfileRecord* record, std::u16string_view name);
   NProfileData(const NProfileData&) = delete;
   NProfileData& operator=(const NProfileData&) = delete;
   virtual ~NProfileData() = default;
@@ -59,8 +59,9 @@ class NProfileData {
 // A record: the fields declared in it, in declaration order.
 class NProfileRecord {
  public:
-  // Records hold tens to hundreds of fields.
-  NProfileRecord() { m_fields.reserve(64); }
+  // Records hold tens to hundreds of fields: `fields` is room for them
+  // ahead of their declaration.
+  explicit NProfileRecord(std::size_t fields = 64) { m_fields.reserve(fields); }
   // Fields point back at their record: a record is never copied or moved.
   NProfileRecord(const NProfileRecord&) = delete;
   NProfileRecord& operator=(const NProfileRecord&) = delete;
@@ -85,6 +86,10 @@ class NProfileRecord {
   friend class NProfileData;
   std::vector<NProfileData*> m_fields;
 };
+
+NProfileData::NProfileData(NProfileRecord* record, std::u16string_view name) : m_name(name) {
+  if (record) record->m_fields.push_back(this);
+}
 
 // Whether `key` holds a value called `name`, of any kind.
 bool NHasValue(const NProfileKey& key, std::u16string_view name);

@@ -1,6 +1,6 @@
 #include "config/SessionConfig.h"
 
-SessionConfig::SessionConfig() = default;
+SessionConfig::SessionConfig() : NProfileRecord(112) {}
 
 SessionConfig::~SessionConfig() = default;
 

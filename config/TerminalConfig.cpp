@@ -35,7 +35,7 @@ bool TerminalConfig::SupportsColumnSwitching(std::u16string_view emulation) {
   return false;
 }
 
-TerminalConfig::TerminalConfig() = default;
+TerminalConfig::TerminalConfig() : NProfileRecord(104) {}
 
 void TerminalConfig::Load(const NProfileKey& key) {
   constexpr std::u16string_view kOldColumnSwitching = u"Enable 80/132 Column Switching";

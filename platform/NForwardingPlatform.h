@@ -23,6 +23,9 @@ class NForwardingPlatform : public NPlatform {
   NStatus ListFolderWithoutLinks(std::u16string_view path, std::vector<NFolderEntry>* entries) override {
     return m_target.ListFolderWithoutLinks(path, entries);
   }
+  bool GetFolderStamp(std::u16string_view path, NFolderStamp* stamp) override {
+    return m_target.GetFolderStamp(path, stamp);
+  }
   NStatus CanonicalPath(std::u16string_view path, std::u16string* canonical) override {
     return m_target.CanonicalPath(path, canonical);
   }

@@ -26,6 +26,8 @@ NStatus NPlatform::CreateFolderChain(std::u16string_view path, NFileSecurity sec
   return status;
 }
 
+bool NPlatform::GetFolderStamp(std::u16string_view, NFolderStamp*) { return false; }
+
 std::uint64_t NPlatform::CurrentFileTime() {
   // Windows file times count 100 ns units from 1601-01-01; the system clock
   // counts from 1970-01-01.

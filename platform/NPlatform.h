@@ -46,6 +46,10 @@ struct NOpenOptions {
   // folders are real (see CanonicalPath). Where the system cannot enforce
   // it, the path is opened as it stands.
   bool noLinks = false;
+  // The caller treats a missing file and a missing folder on its path
+  // alike: either may fail with kFileNotFound. POSIX tells the two apart
+  // only by a further look at the folder, which this spares.
+  bool anyMissingIsFile = false;
 };
 
 enum class NPathKind { kNone, kFile, kFolder, kOther };
@@ -53,6 +57,28 @@ enum class NPathKind { kNone, kFile, kFolder, kOther };
 struct NFolderEntry {
   std::u16string name;
   NPathKind kind = NPathKind::kOther;  // a symbolic link is kOther, whatever it points to
+};
+
+// What a folder is and when its entries last changed: equal stamps taken at
+// two moments mean that no entry was added, removed or renamed in between,
+// provided the changes it records were already settled at the first
+// (the file system's clock may not have ticked since; see Settled).
+struct NFolderStamp {
+  std::uint64_t device = 0;
+  std::uint64_t inode = 0;
+  std::int64_t modified = 0;  // ns since 1970-01-01 UTC, as the system keeps them
+  std::int64_t changed = 0;
+  std::int64_t taken = 0;  // when the stamp was taken, same clock
+
+  // The last change lies far enough before the stamp that any later one
+  // gets other times, even on file systems that keep them to 2 seconds.
+  bool Settled() const {
+    constexpr std::int64_t kCoarsestTick = 2'000'000'000;
+    return (modified > changed ? modified : changed) < taken - kCoarsestTick;
+  }
+  friend bool operator==(const NFolderStamp& a, const NFolderStamp& b) {
+    return a.device == b.device && a.inode == b.inode && a.modified == b.modified && a.changed == b.changed;
+  }
 };
 
 // Everything the library needs from the operating system, behind one
@@ -86,6 +112,10 @@ class NPlatform {
   // The same, refusing (access denied) a folder reached through a symbolic
   // link anywhere on its path, as NOpenOptions::noLinks does for files.
   virtual NStatus ListFolderWithoutLinks(std::u16string_view path, std::vector<NFolderEntry>* entries) = 0;
+  // The stamp of a folder, not following a symbolic link at its end; false
+  // when it has none (missing, not a folder, or a layer that does not tell):
+  // a caller then lists the folder afresh.
+  virtual bool GetFolderStamp(std::u16string_view path, NFolderStamp* stamp);
   // The absolute path of an existing file or folder, with every symbolic
   // link resolved.
   virtual NStatus CanonicalPath(std::u16string_view path, std::u16string* canonical) = 0;

@@ -36,7 +36,7 @@ NStatus NListIgnoringCase(NPlatform& platform, std::u16string_view folder, std::
 }
 
 NStatus NFindKeyPath(NPlatform& platform, std::u16string_view root, const NKeyPath& path, std::u16string_view suffix,
-                     NUnicodeString* found) {
+                     NUnicodeString* found, NFolderListingCache* listings) {
   const char16_t separator = platform.PathSeparator();
   const std::vector<NUnicodeString>& names = path.Names();
   // Ends the walk at name `i`, whose path is `path`: the names after it are
@@ -56,8 +56,17 @@ NStatus NFindKeyPath(NPlatform& platform, std::u16string_view root, const NKeyPa
   // names are taken one by one.
   NUnicodeString parent(root);
   for (std::size_t i = 0; i + 1 < names.size(); ++i) AppendName(parent, names[i], separator);
-  std::vector<NFolderEntry> entries;
-  if (platform.ListFolderWithoutLinks(parent, &entries)) {
+  NFolderListingCache::Entries listed;
+  NStatus status;
+  if (listings) {
+    status = listings->List(platform, parent, &listed);
+  } else {
+    auto entries = std::make_shared<std::vector<NFolderEntry>>();
+    status = platform.ListFolderWithoutLinks(parent, entries.get());
+    listed = std::move(entries);
+  }
+  if (status) {
+    const std::vector<NFolderEntry>& entries = *listed;
     NUnicodeString leaf = names.back();
     leaf += suffix;
     const NPathKind wanted = suffix.empty() ? NPathKind::kFolder : NPathKind::kFile;

@@ -6,6 +6,7 @@
 
 #include "base/NUnicodeString.h"
 #include "platform/NPlatform.h"
+#include "store/NFolderListingCache.h"
 #include "store/NKeyPath.h"
 
 // Finding the files of a key where the file system tells cases apart. Names
@@ -33,5 +34,8 @@ NStatus NListIgnoringCase(NPlatform& platform, std::u16string_view folder, std::
 //   made: the names found as they are on disk, the rest as spelled.
 // kAccessDenied: a folder on the way (or the key's folder itself, when
 //   `suffix` is empty) is not a real folder but a link or a file.
+//
+// `listings`, when given, keeps the listing of the key's folder for the next
+// search there.
 NStatus NFindKeyPath(NPlatform& platform, std::u16string_view root, const NKeyPath& path, std::u16string_view suffix,
-                     NUnicodeString* found);
+                     NUnicodeString* found, NFolderListingCache* listings = nullptr);

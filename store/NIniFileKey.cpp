@@ -184,7 +184,7 @@ NUnicodeString NIniFileKey::FileToSave(std::u16string_view root) const {
   if (platform.GetPathKind(path) != NPathKind::kNone) return path;
   // Rewrite "global.ini" rather than make "Global.ini" beside it; a new file
   // goes into the folders that exist, whatever their case.
-  (void)NFindKeyPath(platform, root, m_path, kKeyFileSuffix, &path);
+  (void)NFindKeyPath(platform, root, m_path, kKeyFileSuffix, &path, m_store.Options().listings.get());
   return path;
 }
 
@@ -208,12 +208,16 @@ bool NIniFileKey::LoadFile(Map& map, std::u16string_view root, FileState* state,
   NOpenOptions options;
   options.noFollow = true;
   options.noLinks = true;
+  options.anyMissingIsFile = true;
   std::unique_ptr<NFile> file;
   NStatus status = platform.OpenFile(path, options, &file);
   if (status.IsNotFound()) {
     // Only a missing file pays for the search by case.
     NUnicodeString other;
-    if (!NFindKeyPath(platform, root, m_path, kKeyFileSuffix, &other) || other == path) return true;
+    if (!NFindKeyPath(platform, root, m_path, kKeyFileSuffix, &other, m_store.Options().listings.get()) ||
+        other == path) {
+      return true;
+    }
     path = std::move(other);
     status = platform.OpenFile(path, options, &file);
   }

@@ -7,6 +7,7 @@
 #include "base/NUnicodeString.h"
 #include "store/NProfileStore.h"
 
+class NFolderListingCache;
 class NPlatform;
 
 struct NIniFileStoreOptions {
@@ -17,6 +18,9 @@ struct NIniFileStoreOptions {
   // The roots are given already resolved to their real paths, so the store
   // takes them as they are.
   bool rootsResolved = false;
+  // Folder listings shared by the stores on one root, for keys looked up
+  // by case; null lists the folder at each lookup.
+  std::shared_ptr<NFolderListingCache> listings;
 };
 
 // The INI folder store: a tree of keys kept as folders and ".ini" files

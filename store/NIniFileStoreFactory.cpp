@@ -1,10 +1,13 @@
 #include "store/NIniFileStoreFactory.h"
 
 #include "platform/NPlatform.h"
+#include "store/NFolderListingCache.h"
 #include "store/NIniFileStore.h"
 
 NIniFileStoreFactory::NIniFileStoreFactory(NUnicodeString root, NUnicodeString privateRoot)
-    : m_root(std::move(root)), m_privateRoot(std::move(privateRoot)) {}
+    : m_root(std::move(root)),
+      m_privateRoot(std::move(privateRoot)),
+      m_listings(std::make_shared<NFolderListingCache>()) {}
 
 NIniFileStoreFactory::~NIniFileStoreFactory() = default;
 
@@ -26,5 +29,6 @@ std::unique_ptr<NProfileStore> NIniFileStoreFactory::CreateStore() {
   }
   NIniFileStoreOptions options;
   options.rootsResolved = true;
+  options.listings = m_listings;
   return std::make_unique<NIniFileStore>(m_resolvedRoot, m_resolvedPrivateRoot, platform, options);
 }

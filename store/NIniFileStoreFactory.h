@@ -1,10 +1,13 @@
 #pragma once
 
+#include <memory>
 #include <mutex>
 
 #include "base/NExport.h"
 #include "base/NUnicodeString.h"
 #include "store/NProfileStoreFactory.h"
+
+class NFolderListingCache;
 
 // Makes INI folder stores on a root folder and a private root folder (empty
 // when personal values stay with the others). A host creates one and
@@ -26,4 +29,5 @@ class CFGDECK_API NIniFileStoreFactory final : public NProfileStoreFactory {
   bool m_resolved = false;
   NUnicodeString m_resolvedRoot;
   NUnicodeString m_resolvedPrivateRoot;
+  std::shared_ptr<NFolderListingCache> m_listings;
 };

@@ -5,6 +5,7 @@
 #include <linux/limits.h>
 #include <stdio.h>
 #include <sys/stat.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <linux/openat2.h>
@@ -138,6 +139,7 @@ NStatus NPosixPlatform::OpenFile(std::u16string_view path, const NOpenOptions& o
   if (fd < 0) {
     // ELOOP here is a link that the options refused.
     const int error = errno;
+    if (error == ENOENT && options.anyMissingIsFile) return NStatus::Error(NStatus::kFileNotFound, "open", path);
     return Failure("open", path, systemPath, error == ELOOP && (options.noFollow || options.noLinks) ? EACCES : error);
   }
   auto owned = std::make_unique<NPosixFile>(fd, std::u16string(path));
@@ -271,6 +273,25 @@ NStatus NPosixPlatform::ListFolderWithoutLinks(std::u16string_view path, std::ve
     return Failure("list folder", path, systemPath, error == ENOTDIR ? ENOENT : error);
   }
   return ListOpenFolder(fd, path, entries);
+}
+
+bool NPosixPlatform::GetFolderStamp(std::u16string_view path, NFolderStamp* stamp) {
+  std::string systemPath;
+  if (!ToSystemPath(path, &systemPath)) return false;
+  // The clock first: a change after it cannot look settled.
+  timespec now;
+  ::clock_gettime(CLOCK_REALTIME, &now);
+  struct stat st;
+  if (::lstat(systemPath.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) return false;
+  auto nanoseconds = [](const timespec& time) {
+    return static_cast<std::int64_t>(time.tv_sec) * 1'000'000'000 + time.tv_nsec;
+  };
+  stamp->device = st.st_dev;
+  stamp->inode = st.st_ino;
+  stamp->modified = nanoseconds(st.st_mtim);
+  stamp->changed = nanoseconds(st.st_ctim);
+  stamp->taken = nanoseconds(now);
+  return true;
 }
 
 NStatus NPosixPlatform::CanonicalPath(std::u16string_view path, std::u16string* canonical) {

@@ -13,6 +13,7 @@ class NPosixPlatform final : public NPlatform {
   NStatus RemoveFolder(std::u16string_view path) override;
   NStatus ListFolder(std::u16string_view path, std::vector<NFolderEntry>* entries) override;
   NStatus ListFolderWithoutLinks(std::u16string_view path, std::vector<NFolderEntry>* entries) override;
+  bool GetFolderStamp(std::u16string_view path, NFolderStamp* stamp) override;
   NStatus CanonicalPath(std::u16string_view path, std::u16string* canonical) override;
   NPathKind GetPathKind(std::u16string_view path) override;
   bool LookupSystemMessage(std::uint32_t code, std::u16string* text) override;

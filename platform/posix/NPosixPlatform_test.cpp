@@ -345,6 +345,44 @@ TEST_F(NPosixPlatformTest, SpecialFilesListAndCountAsOther) {
   EXPECT_EQ(Platform().GetPathKind(UPath("pipe")), NPathKind::kOther);
 }
 
+TEST_F(NPosixPlatformTest, FolderStampsNameTheFolderAndItsLastChange) {
+  ASSERT_EQ(::mkdir(Path("a").c_str(), 0755), 0);
+  ASSERT_EQ(::mkdir(Path("b").c_str(), 0755), 0);
+  WriteText(Path("file"), "");
+  ASSERT_EQ(::symlink("a", Path("link").c_str()), 0);
+  NFolderStamp first, again, other, none;
+  ASSERT_TRUE(Platform().GetFolderStamp(UPath("a"), &first));
+  ASSERT_TRUE(Platform().GetFolderStamp(UPath("a"), &again));
+  ASSERT_TRUE(Platform().GetFolderStamp(UPath("b"), &other));
+  EXPECT_EQ(first, again);
+  EXPECT_FALSE(first == other);
+  EXPECT_FALSE(Platform().GetFolderStamp(UPath("file"), &none));
+  EXPECT_FALSE(Platform().GetFolderStamp(UPath("link"), &none));
+  EXPECT_FALSE(Platform().GetFolderStamp(UPath("missing"), &none));
+
+  // Made just now: its change may share a tick with the next one. An
+  // older modification time does not hide the recent change time.
+  EXPECT_FALSE(first.Settled());
+  const timespec old[2] = {{978307200, 0}, {978307200, 0}};
+  ASSERT_EQ(::utimensat(AT_FDCWD, Path("a").c_str(), old, 0), 0);
+  NFolderStamp touched;
+  ASSERT_TRUE(Platform().GetFolderStamp(UPath("a"), &touched));
+  EXPECT_FALSE(touched == first);
+  EXPECT_EQ(touched.modified, 978307200'000'000'000);
+  EXPECT_FALSE(touched.Settled());
+  touched.taken = touched.changed + 2'000'000'001;
+  EXPECT_TRUE(touched.Settled());
+}
+
+TEST_F(NPosixPlatformTest, AMissingFolderOnTheWayIsAMissingFileWhenTheCallerAsks) {
+  NOpenOptions options;
+  std::unique_ptr<NFile> file;
+  EXPECT_EQ(Platform().OpenFile(UPath("missing/key.ini"), options, &file).Code(), NStatus::kPathNotFound);
+  options.anyMissingIsFile = true;
+  EXPECT_EQ(Platform().OpenFile(UPath("missing/key.ini"), options, &file).Code(), NStatus::kFileNotFound);
+  EXPECT_EQ(Platform().OpenFile(UPath("key.ini"), options, &file).Code(), NStatus::kFileNotFound);
+}
+
 TEST_F(NPosixPlatformTest, ATrailingSlashFollowsALinkToAFolder) {
   ASSERT_EQ(::mkdir(Path("folder").c_str(), 0755), 0);
   ASSERT_EQ(::symlink("folder", Path("link").c_str()), 0);

@@ -1,0 +1,34 @@
+#include "store/NFolderListingCache.h"
+
+#include <algorithm>
+
+NStatus NFolderListingCache::List(NPlatform& platform, std::u16string_view folder, Entries* entries) {
+  NFolderStamp stamp;
+  const bool stamped = platform.GetFolderStamp(folder, &stamp);
+  if (stamped) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (const auto it = m_listings.find(std::u16string(folder)); it != m_listings.end() && it->second.stamp == stamp) {
+      it->second.age = ++m_clock;
+      *entries = it->second.entries;
+      return NStatus::Ok();
+    }
+  }
+  // Stamped before listing: a change meanwhile leaves the stamp behind, so
+  // the next look lists again.
+  auto listed = std::make_shared<std::vector<NFolderEntry>>();
+  if (NStatus status = platform.ListFolderWithoutLinks(folder, listed.get()); !status) return status;
+  *entries = listed;
+  if (!stamped) return NStatus::Ok();
+  std::lock_guard<std::mutex> lock(m_mutex);
+  if (!stamp.Settled()) {
+    m_listings.erase(std::u16string(folder));
+    return NStatus::Ok();
+  }
+  if (m_listings.size() >= m_capacity && !m_listings.count(std::u16string(folder))) {
+    const auto oldest = std::min_element(m_listings.begin(), m_listings.end(),
+                                         [](const auto& a, const auto& b) { return a.second.age < b.second.age; });
+    m_listings.erase(oldest);
+  }
+  m_listings[std::u16string(folder)] = Listing{stamp, std::move(listed), ++m_clock};
+  return NStatus::Ok();
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <mutex>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "base/NUnicodeString.h"
+#include "platform/NPlatform.h"
+
+// Listings of folders, kept while the folders do not change, for the search
+// of a key by case: a key missing from a folder whose entries are as they
+// were at the last listing costs one look at the folder rather than a
+// listing. Hosts look for absent keys ("QuickSync" beside "Global") at each
+// load, and keys are rewritten in place, so their folders rarely change.
+//
+// A listing is taken again whenever the folder's stamp differs from the
+// one taken before that listing, or that stamp was not yet settled. Where
+// the platform gives no stamps every call lists. Thread-safe.
+class NFolderListingCache {
+ public:
+  using Entries = std::shared_ptr<const std::vector<NFolderEntry>>;
+
+  // Folders kept at most; past that the oldest listings are dropped.
+  explicit NFolderListingCache(std::size_t capacity = 256) : m_capacity(capacity > 0 ? capacity : 1) {}
+  NFolderListingCache(const NFolderListingCache&) = delete;
+  NFolderListingCache& operator=(const NFolderListingCache&) = delete;
+
+  // The entries of `folder`, reached without a symbolic link, as
+  // NPlatform::ListFolderWithoutLinks gives them.
+  NStatus List(NPlatform& platform, std::u16string_view folder, Entries* entries);
+
+ private:
+  struct Listing {
+    NFolderStamp stamp;
+    Entries entries;
+    std::uint64_t age = 0;
+  };
+
+  std::size_t m_capacity;
+  std::mutex m_mutex;
+  std::unordered_map<std::u16string, Listing> m_listings;
+  std::uint64_t m_clock = 0;
+};
