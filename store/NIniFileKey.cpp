@@ -29,33 +29,6 @@ constexpr std::uint64_t kLockLength = 4;
 constexpr std::u16string_view kKeyFileSuffix = u".ini";
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 
-// A value name as UTF-8, on the stack for the usual short ASCII names, so
-// that a lookup allocates nothing.
-class Utf8Name {
- public:
-  explicit Utf8Name(std::u16string_view name) {
-    if (name.size() <= sizeof m_small) {
-      char16_t any = 0;
-      for (std::size_t i = 0; i < name.size(); ++i) {
-        any |= name[i];
-        m_small[i] = static_cast<char>(name[i]);
-      }
-      if (any < 0x80) {
-        m_view = std::string_view(m_small, name.size());
-        return;
-      }
-    }
-    m_large = NUnicodeString(name).ToUtf8();
-    m_view = m_large;
-  }
-  std::string_view View() const { return m_view; }
-
- private:
-  char m_small[96];
-  std::string m_large;
-  std::string_view m_view;
-};
-
 bool HasLineBreak(std::u16string_view text) { return text.find_first_of(u"\r\n") != std::u16string_view::npos; }
 
 // A name that a record can hold: a double quote would end it early and a
@@ -279,7 +252,8 @@ bool NIniFileKey::Reload(NReportMessageParams& params) { return Load(params); }
 // ---- Values ----
 
 NIniFileData* NIniFileKey::FindData(std::u16string_view name) const {
-  return m_map->FindData(Utf8Name(name).View());
+  const Map::Element* element = m_map->Find(name);
+  return element ? element->Data() : nullptr;
 }
 
 bool NIniFileKey::GetSecurityDescriptorValue(std::u16string_view name, NSecurityDescriptor* value) const {
@@ -324,7 +298,7 @@ bool NIniFileKey::Change(std::u16string_view name, NIniFileData* data) {
     delete data;
     return false;
   }
-  m_map->Put(Utf8Name(name).View(), data, true, true, true);
+  m_map->Put(NIniFileKeyMap::Utf8Name(name).View(), data, true, true, true);
   m_modified = true;
   return true;
 }
@@ -359,7 +333,7 @@ bool NIniFileKey::SetDwordValue(std::u16string_view name, std::uint32_t value) {
 }
 
 bool NIniFileKey::DeleteValue(std::u16string_view name) {
-  if (!m_map->Remove(Utf8Name(name).View(), true)) return false;
+  if (!m_map->Remove(NIniFileKeyMap::Utf8Name(name).View(), true)) return false;
   m_modified = true;
   return true;
 }

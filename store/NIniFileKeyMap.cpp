@@ -3,6 +3,12 @@
 #include <algorithm>
 #include <cstring>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+#include "base/NUnicodeString.h"
+
 
 const std::array<std::string_view, NIniFileKeyMap::kFixedCount> NIniFileKeyMap::kFixedNames = {
     "Username",
@@ -64,6 +70,36 @@ inline bool SameName(std::string_view a, std::string_view b) {
   std::size_t i = 0;
   for (; i + 8 < size; i += 8) differ |= Load8(a.data() + i) ^ Load8(b.data() + i);
   return (differ | (Load8(a.data() + size - 8) ^ Load8(b.data() + size - 8))) == 0;
+}
+
+// Whether the UTF-8 name `a` is the UTF-16 name `b`, for ASCII names (any
+// other `a` answers false; the index settles those). Widening `a` beats
+// narrowing `b`: a name just narrowed into a buffer is read back at other
+// widths than it was written, which stalls the load.
+inline bool SameWideName(std::string_view a, std::u16string_view b) {
+  const std::size_t size = a.size();
+  if (size != b.size()) return false;
+#if defined(__SSE2__)
+  if (size >= 8 && size <= 64) {
+    const __m128i zero = _mm_setzero_si128();
+    __m128i high = zero;
+    __m128i differ = zero;
+    auto compare8 = [&](std::size_t i) {
+      const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(a.data() + i));
+      const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(b.data() + i));
+      high = _mm_or_si128(high, bytes);
+      differ = _mm_or_si128(differ, _mm_xor_si128(_mm_unpacklo_epi8(bytes, zero), units));
+    };
+    for (std::size_t i = 0; i + 8 < size; i += 8) compare8(i);
+    compare8(size - 8);  // the last eight, overlapping the ones before
+    return (_mm_movemask_epi8(high) & 0xFF) == 0 && _mm_movemask_epi8(_mm_cmpeq_epi8(differ, zero)) == 0xFFFF;
+  }
+#endif
+  for (std::size_t i = 0; i < size; ++i) {
+    const auto unit = static_cast<unsigned char>(a[i]);
+    if (unit >= 0x80 || unit != b[i]) return false;
+  }
+  return true;
 }
 
 inline std::uint64_t Hash(std::string_view name) {
@@ -161,6 +197,22 @@ NIniFileKeyMap::Element* NIniFileKeyMap::Lookup(std::string_view name, std::uint
   }
 }
 
+NIniFileKeyMap::Utf8Name::Utf8Name(std::u16string_view name) {
+  if (name.size() <= sizeof m_small) {
+    char16_t any = 0;
+    for (std::size_t i = 0; i < name.size(); ++i) {
+      any |= name[i];
+      m_small[i] = static_cast<char>(name[i]);
+    }
+    if (any < 0x80) {
+      m_view = std::string_view(m_small, name.size());
+      return;
+    }
+  }
+  m_large = NUnicodeString(name).ToUtf8();
+  m_view = m_large;
+}
+
 const NIniFileKeyMap::Element* NIniFileKeyMap::Find(std::string_view name) const {
   if (m_hint < ElementCount()) {
     const Element& next = ElementAt(m_hint);
@@ -174,6 +226,25 @@ const NIniFileKeyMap::Element* NIniFileKeyMap::Find(std::string_view name) const
     const Element& last = ElementAt(m_hint - 1);
     if (SameName(last.Name(), name)) return &last;
   }
+  return FindIndexed(name);
+}
+
+const NIniFileKeyMap::Element* NIniFileKeyMap::Find(std::u16string_view name) const {
+  if (m_hint < ElementCount()) {
+    const Element& next = ElementAt(m_hint);
+    if (SameWideName(next.Name(), name)) {
+      ++m_hint;
+      return &next;
+    }
+  }
+  if (m_hint > 0 && m_hint <= ElementCount()) {
+    const Element& last = ElementAt(m_hint - 1);
+    if (SameWideName(last.Name(), name)) return &last;
+  }
+  return FindIndexed(Utf8Name(name).View());
+}
+
+const NIniFileKeyMap::Element* NIniFileKeyMap::FindIndexed(std::string_view name) const {
   const Element* found = const_cast<NIniFileKeyMap*>(this)->Lookup(name, Hash(name));
   // A personal name leaves the hint where it was: files hold those names
   // first, apart from the others, while records declare them among the rest.

@@ -69,10 +69,26 @@ class NIniFileKeyMap {
     return memory;
   }
 
+  // A value name as UTF-8, on the stack for the usual short ASCII names, so
+  // that a lookup allocates nothing.
+  class Utf8Name {
+   public:
+    explicit Utf8Name(std::u16string_view name);
+    std::string_view View() const { return m_view; }
+
+   private:
+    char m_small[96];
+    std::string m_large;
+    std::string_view m_view;
+  };
+
   // The element of `name` (with or without data), or null. Hosts read a
   // record's values in the order they are saved in, so the element after the
   // one found last is tried first, before the index.
   const Element* Find(std::string_view name) const;
+  // The same for a name in UTF-16, as keys are asked: the element tried
+  // first is compared with it as it stands, converted only for the index.
+  const Element* Find(std::u16string_view name) const;
   NIniFileData* FindData(std::string_view name) const {
     const Element* element = Find(name);
     return element ? element->m_data : nullptr;
@@ -125,6 +141,7 @@ class NIniFileKeyMap {
  private:
   Element& At(std::size_t position) { return position < kFixedCount ? m_fixed[position] : m_free[position - kFixedCount]; }
   Element* Lookup(std::string_view name, std::uint64_t hash);
+  const Element* FindIndexed(std::string_view name) const;
   void Place(std::uint64_t hash, std::uint32_t position);
   Element& Append(std::string_view name, bool copyName);
   Element& Insert(std::string_view name, std::uint64_t hash, bool copyName);

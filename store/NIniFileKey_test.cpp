@@ -174,6 +174,37 @@ TEST_F(NIniFileKeyTest, GettersMatchNameExactlyAndKindStrictly) {
   EXPECT_TRUE(key->GetStringValue(u"Port", &text));
 }
 
+TEST_F(NIniFileKeyTest, NamesAreFoundWhateverTheirLengthScriptOrReadingOrder) {
+  // Names of every length up to past the longest compared a block at a
+  // time, then two whose UTF-16 units equal the UTF-8 bytes of each other:
+  // "\u00e9" is C3 A9 in the file, and "\u00c3\u00a9" must not take its value.
+  std::string file = "\xEF\xBB\xBF";
+  std::vector<std::u16string> names;
+  for (int length = 1; length <= 70; ++length) {
+    std::string name;
+    for (int i = 0; i < length; ++i) name.push_back(static_cast<char>('a' + (length + i) % 26));
+    file += "D:\"" + name + "\"=" + std::string(8 - std::to_string(length).size(), '0') + std::to_string(length) + "\r\n";
+    names.push_back(NUnicodeString::FromUtf8(name));
+  }
+  file += "D:\"\xC3\xA9\"=000000e9\r\nD:\"\xC3\x83\xC2\xA9\"=000000c3\r\n";
+  Write("names.ini", file);
+  auto key = Open("names");
+  std::uint32_t value = 0;
+  auto expect = [&](std::u16string_view name, std::uint32_t expected) {
+    value = 0;
+    EXPECT_TRUE(key->GetDwordValue(name, &value)) << NUnicodeString(name).ToUtf8();
+    EXPECT_EQ(value, expected) << NUnicodeString(name).ToUtf8();
+  };
+  for (std::size_t i = 0; i < names.size(); ++i) expect(names[i], static_cast<std::uint32_t>(std::stoul(std::to_string(i + 1), nullptr, 16)));
+  for (std::size_t i = names.size(); i-- > 0;) expect(names[i], static_cast<std::uint32_t>(std::stoul(std::to_string(i + 1), nullptr, 16)));
+  expect(names.back(), 0x70);
+  expect(u"\u00c3\u00a9", 0xc3);  // the element tried first holds "\u00e9"
+  expect(u"\u00e9", 0xe9);
+  expect(u"\u00c3\u00a9", 0xc3);
+  EXPECT_FALSE(key->GetDwordValue(std::u16string(names[20]).substr(1), &value));
+  EXPECT_FALSE(key->GetDwordValue(names[20] + u"\u0100", &value));
+}
+
 TEST_F(NIniFileKeyTest, BinaryGetterFollowsTheTwoCallPattern) {
   auto key = Open("k");
   ASSERT_TRUE(key->SetBinaryValue(u"b", "abcd", 4));
