@@ -29,6 +29,23 @@ NStatus NFolderListingCache::List(NPlatform& platform, std::u16string_view folde
                                          [](const auto& a, const auto& b) { return a.second.age < b.second.age; });
     m_listings.erase(oldest);
   }
-  m_listings[std::u16string(folder)] = Listing{stamp, std::move(listed), ++m_clock};
+  Listing& listing = m_listings[std::u16string(folder)];
+  listing.stamp = stamp;
+  listing.names.clear();
+  for (const NFolderEntry& entry : *listed) listing.names.insert(entry.name);
+  listing.entries = std::move(listed);
+  listing.age = ++m_clock;
   return NStatus::Ok();
+}
+
+bool NFolderListingCache::KnownMissing(NPlatform& platform, std::u16string_view folder, std::u16string_view name) {
+  NFolderStamp listed;
+  {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    const auto it = m_listings.find(std::u16string(folder));
+    if (it == m_listings.end() || it->second.names.count(name)) return false;
+    listed = it->second.stamp;
+  }
+  NFolderStamp now;
+  return platform.GetFolderStamp(folder, &now) && now == listed;
 }

@@ -5,6 +5,7 @@
 #include <mutex>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "base/NUnicodeString.h"
@@ -32,10 +33,17 @@ class NFolderListingCache {
   // NPlatform::ListFolderWithoutLinks gives them.
   NStatus List(NPlatform& platform, std::u16string_view folder, Entries* entries);
 
+  // Whether `folder` is known to hold no entry called `name` in any case:
+  // it was listed, and has not changed since. Costs one look at the folder
+  // when it was listed, none otherwise (false: not known).
+  bool KnownMissing(NPlatform& platform, std::u16string_view folder, std::u16string_view name);
+
  private:
   struct Listing {
     NFolderStamp stamp;
     Entries entries;
+    // The entries' names, for a lookup without case.
+    std::unordered_set<std::u16string_view, NIgnoreCaseHash, NIgnoreCaseEqual> names;
     std::uint64_t age = 0;
   };
 

@@ -85,7 +85,10 @@ TEST_F(NFolderListingCacheTest, ASettledFolderIsListedAgainOnlyOnceItChanges) {
   NWriteFileBytes(m_root / "a.ini", "");
   NFolderListingCache cache;
   NFolderListingCache::Entries first, second, third;
+  EXPECT_FALSE(cache.KnownMissing(m_platform, Folder(), u"b.ini")) << "never listed";
   ASSERT_TRUE(cache.List(m_platform, Folder(), &first));
+  EXPECT_TRUE(cache.KnownMissing(m_platform, Folder(), u"b.ini"));
+  EXPECT_FALSE(cache.KnownMissing(m_platform, Folder(), u"A.INI"));
   ASSERT_TRUE(cache.List(m_platform, Folder(), &second));
   EXPECT_EQ(m_platform.listings, 1);
   EXPECT_EQ(Names(second), std::vector<std::u16string>{u"a.ini"});
@@ -93,6 +96,7 @@ TEST_F(NFolderListingCacheTest, ASettledFolderIsListedAgainOnlyOnceItChanges) {
   if (!ChangeShows([&] { NWriteFileBytes(m_root / "B.ini", ""); })) {
     GTEST_SKIP() << "this file system's times are too coarse to show the change at once";
   }
+  EXPECT_FALSE(cache.KnownMissing(m_platform, Folder(), u"b.ini"));
   ASSERT_TRUE(cache.List(m_platform, Folder(), &third));
   EXPECT_EQ(m_platform.listings, 2);
   EXPECT_EQ(Names(third), (std::vector<std::u16string>{u"B.ini", u"a.ini"}));

@@ -176,6 +176,13 @@ bool NIniFileKey::LoadFile(Map& map, std::u16string_view root, FileState* state,
   *report = NIniLoadReport();
   if (m_path.IsRoot() || root.empty()) return true;
   NPlatform& platform = m_store.Platform();
+  NFolderListingCache* listings = m_store.Options().listings.get();
+  if (listings) {
+    // Its folder was listed without the file, in any case, and is as it was.
+    NUnicodeString file = m_path.Names().back();
+    file += kKeyFileSuffix;
+    if (listings->KnownMissing(platform, m_path.Parent().Under(root, platform.PathSeparator()), file)) return true;
+  }
   NUnicodeString path = m_path.Under(root, platform.PathSeparator());
   path += kKeyFileSuffix;
   NOpenOptions options;
@@ -187,7 +194,7 @@ bool NIniFileKey::LoadFile(Map& map, std::u16string_view root, FileState* state,
   if (status.IsNotFound()) {
     // Only a missing file pays for the search by case.
     NUnicodeString other;
-    if (!NFindKeyPath(platform, root, m_path, kKeyFileSuffix, &other, m_store.Options().listings.get()) ||
+    if (!NFindKeyPath(platform, root, m_path, kKeyFileSuffix, &other, listings) ||
         other == path) {
       return true;
     }
