@@ -7,7 +7,7 @@ NStatus NFolderListingCache::List(NPlatform& platform, std::u16string_view folde
   const bool stamped = platform.GetFolderStamp(folder, &stamp);
   if (stamped) {
     std::lock_guard<std::mutex> lock(m_mutex);
-    if (const auto it = m_listings.find(std::u16string(folder)); it != m_listings.end() && it->second.stamp == stamp) {
+    if (const auto it = m_listings.find(folder); it != m_listings.end() && it->second.stamp == stamp) {
       it->second.age = ++m_clock;
       *entries = it->second.entries;
       return NStatus::Ok();
@@ -20,11 +20,12 @@ NStatus NFolderListingCache::List(NPlatform& platform, std::u16string_view folde
   *entries = listed;
   if (!stamped) return NStatus::Ok();
   std::lock_guard<std::mutex> lock(m_mutex);
+  const auto known = m_listings.find(folder);
   if (!stamp.Settled()) {
-    m_listings.erase(std::u16string(folder));
+    if (known != m_listings.end()) m_listings.erase(known);
     return NStatus::Ok();
   }
-  if (m_listings.size() >= m_capacity && !m_listings.count(std::u16string(folder))) {
+  if (m_listings.size() >= m_capacity && known == m_listings.end()) {
     const auto oldest = std::min_element(m_listings.begin(), m_listings.end(),
                                          [](const auto& a, const auto& b) { return a.second.age < b.second.age; });
     m_listings.erase(oldest);
@@ -42,7 +43,7 @@ bool NFolderListingCache::KnownMissing(NPlatform& platform, std::u16string_view 
   NFolderStamp listed;
   {
     std::lock_guard<std::mutex> lock(m_mutex);
-    const auto it = m_listings.find(std::u16string(folder));
+    const auto it = m_listings.find(folder);
     if (it == m_listings.end() || it->second.names.count(name)) return false;
     listed = it->second.stamp;
   }

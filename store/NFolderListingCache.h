@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string_view>
@@ -47,8 +48,14 @@ class NFolderListingCache {
     std::uint64_t age = 0;
   };
 
+  // Looks folders up by view, so that a look allocates nothing.
+  struct PathHash {
+    using is_transparent = void;
+    std::size_t operator()(std::u16string_view path) const noexcept { return std::hash<std::u16string_view>()(path); }
+  };
+
   std::size_t m_capacity;
   std::mutex m_mutex;
-  std::unordered_map<std::u16string, Listing> m_listings;
+  std::unordered_map<std::u16string, Listing, PathHash, std::equal_to<>> m_listings;
   std::uint64_t m_clock = 0;
 };

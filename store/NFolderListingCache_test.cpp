@@ -29,12 +29,17 @@ class StampShiftingPlatform final : public NForwardingPlatform {
     ++listings;
     return NForwardingPlatform::ListFolderWithoutLinks(path, entries);
   }
+  NStatus OpenFile(std::u16string_view path, const NOpenOptions& options, std::unique_ptr<NFile>* file) override {
+    ++opens;
+    return NForwardingPlatform::OpenFile(path, options, file);
+  }
   bool GetFolderStamp(std::u16string_view path, NFolderStamp* stamp) override {
     if (!stamps || !NForwardingPlatform::GetFolderStamp(path, stamp)) return false;
     stamp->taken += later;
     return true;
   }
   int listings = 0;
+  int opens = 0;
   bool stamps = true;
   std::int64_t later = std::chrono::nanoseconds(std::chrono::seconds(3)).count();
 };
@@ -141,17 +146,23 @@ TEST_F(NFolderListingCacheTest, AKeyMissingFromAnUnchangedFolderIsNotListedForAg
   if (!Stamped()) GTEST_SKIP() << "this system's layer gives no folder stamps";
   NIniFileStoreOptions options;
   options.listings = std::make_shared<NFolderListingCache>();
+  fs::create_directories(m_root / "Sessions");
   NIniFileStore store(NUnicodeString(Folder()), NUnicodeString(), m_platform, options);
-  auto open = [&store] {
+  auto open = [&store](std::u16string_view name = u"QuickSync") {
     NKeyPath path;
-    EXPECT_TRUE(path.Append(u"QuickSync"));
+    EXPECT_TRUE(path.Append(name));
     NReportMessageParams params;
     return NIniFileKey::Open(store, path, true, params);
   };
   NUnicodeString value;
-  ASSERT_TRUE(open());
-  ASSERT_TRUE(open());
-  EXPECT_EQ(m_platform.listings, 1);
+  for (const std::u16string_view name : {u"QuickSync", u"Sessions\\Missing"}) {
+    ASSERT_TRUE(open(name));
+    const int listed = m_platform.listings;
+    const int opened = m_platform.opens;
+    ASSERT_TRUE(open(name));
+    EXPECT_EQ(m_platform.listings, listed);
+    EXPECT_EQ(m_platform.opens, opened) << "known to be missing, the file is not even opened";
+  }
 
   if (!ChangeShows([&] { NWriteFileBytes(m_root / "quicksync.ini", "\xEF\xBB\xBFS:\"Local Folder\"=here\r\n"); })) {
     GTEST_SKIP() << "this file system's times are too coarse to show the change at once";

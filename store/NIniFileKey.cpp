@@ -176,15 +176,21 @@ bool NIniFileKey::LoadFile(Map& map, std::u16string_view root, FileState* state,
   *report = NIniLoadReport();
   if (m_path.IsRoot() || root.empty()) return true;
   NPlatform& platform = m_store.Platform();
+  NUnicodeString path = m_path.Under(root, platform.PathSeparator());
+  path += kKeyFileSuffix;
   NFolderListingCache* listings = m_store.Options().listings.get();
   if (listings) {
     // Its folder was listed without the file, in any case, and is as it was.
-    NUnicodeString file = m_path.Names().back();
-    file += kKeyFileSuffix;
-    if (listings->KnownMissing(platform, m_path.Parent().Under(root, platform.PathSeparator()), file)) return true;
+    // The folder as the search by case spells it: no separator after a
+    // root that ends in one.
+    const std::size_t fileLength = m_path.Names().back().size() + kKeyFileSuffix.size();
+    std::size_t folderLength = path.size() - fileLength;
+    if (folderLength > root.size()) --folderLength;
+    const std::u16string_view spelled = path;
+    if (listings->KnownMissing(platform, spelled.substr(0, folderLength), spelled.substr(path.size() - fileLength))) {
+      return true;
+    }
   }
-  NUnicodeString path = m_path.Under(root, platform.PathSeparator());
-  path += kKeyFileSuffix;
   NOpenOptions options;
   options.noFollow = true;
   options.noLinks = true;
