@@ -25,6 +25,7 @@
 #include "platform/NFile.h"
 #include "platform/NPlatform.h"
 #include "store/NIniFileKey.h"
+#include "store/NIniFileKeyMap.h"
 #include "store/NIniFileStore.h"
 #include "store/NKeyPath.h"
 #include "store/NProfileValueType.h"
@@ -383,6 +384,78 @@ void BM_StoreLoadAndReadAll(benchmark::State& state) { StoreWalk<NReads::kAllByN
 void BM_StoreLoadAndIterate(benchmark::State& state) { StoreWalk<NReads::kIterated>(state); }
 // Every key loaded and nothing read: what loading alone costs.
 void BM_StoreLoadOnly(benchmark::State& state) { StoreWalk<NReads::kNone>(state); }
+
+// ---- The value table alone, on texts already in memory ----
+
+// The decoded texts of the first session files: what a load parses once
+// the file is read.
+std::vector<std::string> SampleTexts(const NSessionFolder& folder, std::size_t count) {
+  std::vector<std::string> texts;
+  std::string raw;
+  for (std::size_t i = 0; i < folder.files.size() && i < count; ++i) {
+    if (!ReadLocked(NPlatform::Default(), folder.files[i], &raw)) continue;
+    NTextFile::Encoding encoding;
+    texts.push_back(NTextFile::Decode(raw, &encoding));
+  }
+  return texts;
+}
+
+// Reads one value of a table through the getter of its kind, as a key does.
+bool ReadTableValue(const NIniFileKeyMap& map, const NField& field, NValueBuffers& buffers) {
+  const NIniFileKeyMap::Element* element = map.Find(std::u16string_view(field.name));
+  const NIniFileData* data = element ? element->Data() : nullptr;
+  if (!data) return false;
+  switch (field.kind) {
+    case NProfileValueType::kDword: {
+      std::uint32_t dword = 0;
+      const bool ok = data->GetDword(&dword);
+      benchmark::DoNotOptimize(dword);
+      return ok;
+    }
+    case NProfileValueType::kString:
+      return data->GetString(&buffers.text);
+    case NProfileValueType::kBinary: {
+      std::uint32_t length = 0;
+      if (!data->GetBinary(nullptr, &length)) return false;
+      if (buffers.bytes.size() < length) buffers.bytes.resize(length);
+      return map.Find(std::u16string_view(field.name))->Data()->GetBinary(buffers.bytes.data(), &length);
+    }
+    case NProfileValueType::kMultiString:
+      return data->GetMultiString(&buffers.strings);
+  }
+  return false;
+}
+
+// A table made from each text, its records read, and (`kRead`) every field
+// of the record read by name: the part of a load that is not I/O.
+template <bool kRead>
+void KeyTable(benchmark::State& state) {
+  const NSessionFolder* folder = FolderOrSkip(state);
+  if (!folder) return;
+  const std::vector<std::string> texts = SampleTexts(*folder, 256);
+  NValueBuffers buffers;
+  std::uint64_t values = 0;
+  for (auto _ : state) {
+    values = 0;
+    for (const std::string& text : texts) {
+      NIniFileKeyMap map;
+      const NIniFileKeyMap::ReadResult read = map.ReadRecords(map.AdoptText(text));
+      benchmark::DoNotOptimize(read.invalidLine);
+      if constexpr (kRead) {
+        for (const NField& field : folder->fields) values += ReadTableValue(map, field, buffers) ? 1 : 0;
+      }
+    }
+    benchmark::DoNotOptimize(values);
+  }
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(texts.size()));
+  state.counters["values_per_file"] = static_cast<double>(values) / static_cast<double>(texts.size());
+}
+
+// Per file: the time shown is for the 256 files of one iteration.
+void BM_KeyTableLoad(benchmark::State& state) { KeyTable<false>(state); }
+void BM_KeyTableLoadAndReadAll(benchmark::State& state) { KeyTable<true>(state); }
+BENCHMARK(BM_KeyTableLoad)->Arg(10000)->ArgName("sessions")->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_KeyTableLoadAndReadAll)->Arg(10000)->ArgName("sessions")->Unit(benchmark::kMicrosecond);
 
 // ---- The sessions tree ----
 

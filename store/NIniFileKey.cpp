@@ -35,39 +35,6 @@ bool HasLineBreak(std::u16string_view text) { return text.find_first_of(u"\r\n")
 // line break would split the record.
 bool IsStorableName(std::u16string_view name) { return name.find_first_of(u"\"\r\n") == std::u16string_view::npos; }
 
-NIniFileData* MakeLoaded(NIniFileKeyMap& map, const NIniRecord& record) {
-  switch (record.kind) {
-    case 'D':
-      return new (map.Allocate(sizeof(NIniFileDataDword))) NIniFileDataDword(record.dword);
-    case 'S':
-      return NIniFileDataString::Borrowing(map.Allocate(sizeof(NIniFileDataString)), record.text);
-    case 'Z':
-      return NIniFileDataStringSz::Borrowing(map.Allocate(sizeof(NIniFileDataStringSz)), record.text, record.count);
-    default: {  // 'B'
-      void* bytes = map.Allocate(record.bytes.size() + 1, 1);
-      std::memcpy(bytes, record.bytes.data(), record.bytes.size());
-      return NIniFileDataBinary::Borrowing(map.Allocate(sizeof(NIniFileDataBinary)),
-                                           std::string_view(static_cast<const char*>(bytes), record.bytes.size()));
-    }
-  }
-}
-
-// Reads records into `map` until the end or the first invalid record.
-void ParseInto(NIniFileKeyMap& map, std::string_view text, NIniLoadReport* report) {
-  NIniRecordReader reader(text);
-  NIniRecord record;
-  NIniRecordReader::Result result;
-  while ((result = reader.Next(&record)) == NIniRecordReader::Result::kRecord) {
-    if (record.name.empty()) continue;
-    map.Put(record.name, MakeLoaded(map, record), false, false, false);
-  }
-  if (result == NIniRecordReader::Result::kInvalid && report) {
-    report->invalidLine = reader.ProblemLine();
-    report->problem = reader.Problem();
-  }
-  if (report) report->unterminated = reader.EndedWithoutLineEnd();
-}
-
 void Trace(std::u16string_view format, std::u16string_view argument) {
   const NFormatArgument insertion(argument);
   std::u16string text;
@@ -234,7 +201,10 @@ bool NIniFileKey::LoadFile(Map& map, std::u16string_view root, FileState* state,
   }
   const std::string_view kept = map.AdoptText(std::move(text));
   if (verbatim) state->text = kept;
-  ParseInto(map, kept, report);
+  const NIniFileKeyMap::ReadResult read = map.ReadRecords(kept);
+  report->invalidLine = read.invalidLine;
+  report->problem = read.problem;
+  report->unterminated = read.unterminated;
   if (report->emptyFile || report->unterminated) {
     Trace(u"NIniFileKey: possibly interrupted save: %1\n", path);
   }
@@ -502,7 +472,7 @@ void NIniFileKey::MergeOnto(const std::string& mainBytes, const std::string& pri
   auto merged = std::make_unique<Map>();
   for (const std::string* bytes : {&mainBytes, &privateBytes}) {
     NTextFile::Encoding encoding;
-    ParseInto(*merged, merged->AdoptText(NTextFile::Decode(*bytes, &encoding)), nullptr);
+    (void)merged->ReadRecords(merged->AdoptText(NTextFile::Decode(*bytes, &encoding)));
   }
   m_map->ForEachChanged([&merged](const Map::Element& element) {
     if (element.Data()) {

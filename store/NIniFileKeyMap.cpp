@@ -2,12 +2,15 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
 
 #include "base/NUnicodeString.h"
+#include "store/NNameIndex.h"
+#include "store/NIniRecordReader.h"
 
 
 const std::array<std::string_view, NIniFileKeyMap::kFixedCount> NIniFileKeyMap::kFixedNames = {
@@ -41,9 +44,6 @@ namespace {
 // one arena block usually holds a whole file's values.
 std::size_t ExpectedRecords(std::size_t textSize) { return textSize / 36 + 8; }
 std::size_t ArenaSize(std::size_t textSize) { return ExpectedRecords(textSize) * 20 + 256; }
-
-// The index is kept at most two thirds full.
-std::size_t IndexCapacity(std::size_t elements) { return elements * 3 / 2 + 1; }
 
 // Names are short; a multiply-mix over 8-byte words hashes them in a few
 // cycles, which matters because every record and every lookup hashes one.
@@ -102,18 +102,77 @@ inline bool SameWideName(std::string_view a, std::u16string_view b) {
   return true;
 }
 
+// For loops where names rarely need comparing: keeps their bodies small,
+// so that more of their iterations overlap.
+[[gnu::noinline]] bool SameNameOutOfLine(std::string_view a, std::string_view b) { return SameName(a, b); }
+
+// A name is hashed 16 bytes at a time, each chunk mixed on its own (with
+// its offset, so that equal chunks do not cancel) and the results combined:
+// the multiplies do not wait for one another. The last chunk overlaps the
+// one before; names under 16 bytes take two overlapping words.
+constexpr std::uint64_t kLowKey = 0x8ebc6af09c88c6e3ull;
+constexpr std::uint64_t kHighKey = 0x589965cc75374cc3ull;
+
+inline std::uint64_t HashWords(std::uint64_t low, std::uint64_t high, std::size_t offset) {
+  return Mix(low ^ kLowKey ^ offset, high ^ kHighKey);
+}
+
 inline std::uint64_t Hash(std::string_view name) {
   const char* p = name.data();
   const std::size_t size = name.size();
-  std::uint64_t hash = size;
-  if (size >= 8) {
-    std::size_t i = 0;
-    for (; i + 8 < size; i += 8) hash = Mix(hash, Load8(p + i));
-    return Mix(hash, Load8(p + size - 8));  // the last word, overlapping the one before
+  if (size >= 16) {
+    std::uint64_t hash = size;
+    for (std::size_t i = 0; i + 16 < size; i += 16) hash ^= HashWords(Load8(p + i), Load8(p + i + 8), i);
+    return hash ^ HashWords(Load8(p + size - 16), Load8(p + size - 8), size - 16);
   }
+  if (size >= 8) return HashWords(Load8(p), Load8(p + size - 8), size);
   std::uint64_t tail = 0;
   for (std::size_t i = 0; i < size; ++i) tail = tail << 8 | static_cast<unsigned char>(p[i]);
-  return Mix(hash, tail);
+  return HashWords(tail, size, size);
+}
+
+// Hash() of the UTF-8 form of an ASCII name given in UTF-16, without
+// converting it first; false for any other name.
+inline bool HashWide(std::u16string_view name, std::uint64_t* hash) {
+  const char16_t* p = name.data();
+  const std::size_t size = name.size();
+#if defined(__SSE2__)
+  if (size >= 8) {
+    // Sixteen units narrowed to the bytes Hash() reads as two words.
+    __m128i any = _mm_setzero_si128();
+    auto chunk = [&](std::size_t low, std::size_t high, std::size_t offset) {
+      const __m128i first = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + low));
+      const __m128i second = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + high));
+      any = _mm_or_si128(any, _mm_or_si128(first, second));
+      const __m128i bytes = _mm_packus_epi16(first, second);
+      return HashWords(static_cast<std::uint64_t>(_mm_cvtsi128_si64(bytes)),
+                       static_cast<std::uint64_t>(_mm_cvtsi128_si64(_mm_unpackhi_epi64(bytes, bytes))), offset);
+    };
+    std::uint64_t h;
+    if (size >= 16) {
+      h = size;
+      for (std::size_t i = 0; i + 16 < size; i += 16) h ^= chunk(i, i + 8, i);
+      h ^= chunk(size - 16, size - 8, size - 16);
+    } else {
+      h = chunk(0, size - 8, size);
+    }
+    const __m128i high = _mm_and_si128(any, _mm_set1_epi16(static_cast<short>(0xFF80)));
+    if (_mm_movemask_epi8(_mm_cmpeq_epi16(high, _mm_setzero_si128())) != 0xFFFF) return false;
+    *hash = h;
+    return true;
+  }
+#endif
+  // Narrowed into a buffer: for short names, and where there is no SSE2.
+  char bytes[64];
+  if (size > sizeof bytes) return false;
+  char16_t any = 0;
+  for (std::size_t i = 0; i < size; ++i) {
+    any |= p[i];
+    bytes[i] = static_cast<char>(p[i]);
+  }
+  if (any >= 0x80) return false;
+  *hash = Hash(std::string_view(bytes, size));
+  return true;
 }
 
 // The hashes of the personal names, computed once.
@@ -128,14 +187,10 @@ const std::array<std::uint64_t, NIniFileKeyMap::kFixedCount>& FixedHashes() {
 
 }  // namespace
 
-NIniFileKeyMap::NIniFileKeyMap() : m_index(64, 0) {
-  // The personal names share the index with the others, so that a lookup
-  // is one probe sequence whatever the name.
-  const auto& hashes = FixedHashes();
+NIniFileKeyMap::NIniFileKeyMap() {
   for (std::size_t i = 0; i < kFixedCount; ++i) {
     m_fixed[i].m_name = kFixedNames[i].data();
     m_fixed[i].m_nameSize = static_cast<std::uint32_t>(kFixedNames[i].size());
-    Place(hashes[i], static_cast<std::uint32_t>(i));
   }
 }
 
@@ -161,18 +216,11 @@ int NIniFileKeyMap::FixedIndex(std::string_view name) {
   return -1;
 }
 
-void NIniFileKeyMap::Place(std::uint64_t hash, std::uint32_t position) {
-  const std::size_t mask = m_index.size() - 1;
-  std::size_t slot = hash & mask;
-  while (m_index[slot] != 0) slot = (slot + 1) & mask;
-  m_index[slot] = position + 1;
-}
-
 std::string_view NIniFileKeyMap::AdoptText(std::string text) {
   if (m_blocks.empty()) m_nextBlock = ArenaSize(text.size());
   const std::size_t expected = m_free.size() + ExpectedRecords(text.size());
   if (expected > m_free.capacity()) m_free.reserve(expected);
-  if (IndexCapacity(kFixedCount + expected) > m_index.size()) Rebuild(IndexCapacity(kFixedCount + expected));
+  if (kFixedCount + expected > m_index.Limit()) Rebuild(kFixedCount + expected);
   std::string& kept = m_texts.at(m_textCount++);
   kept = std::move(text);
   return kept;
@@ -187,14 +235,91 @@ void* NIniFileKeyMap::AllocateBlock(std::size_t size, std::size_t alignment) {
   return Allocate(size, alignment);
 }
 
-NIniFileKeyMap::Element* NIniFileKeyMap::Lookup(std::string_view name, std::uint64_t hash) {
-  const std::size_t mask = m_index.size() - 1;
-  for (std::size_t slot = hash & mask;; slot = (slot + 1) & mask) {
-    const std::uint32_t entry = m_index[slot];
-    if (entry == 0) return nullptr;
-    Element& element = At(entry - 1);
-    if (SameName(element.Name(), name)) return &element;
+namespace {
+
+NIniFileData* MakeLoaded(NIniFileKeyMap& map, const NIniRecord& record) {
+  switch (record.kind) {
+    case 'D':
+      return new (map.Allocate(sizeof(NIniFileDataDword))) NIniFileDataDword(record.dword);
+    case 'S':
+      return NIniFileDataString::Borrowing(map.Allocate(sizeof(NIniFileDataString)), record.text);
+    case 'Z':
+      return NIniFileDataStringSz::Borrowing(map.Allocate(sizeof(NIniFileDataStringSz)), record.text, record.count);
+    default: {  // 'B'
+      void* bytes = map.Allocate(record.bytes.size() + 1, 1);
+      std::memcpy(bytes, record.bytes.data(), record.bytes.size());
+      return NIniFileDataBinary::Borrowing(map.Allocate(sizeof(NIniFileDataBinary)),
+                                           std::string_view(static_cast<const char*>(bytes), record.bytes.size()));
+    }
   }
+}
+
+}  // namespace
+
+NIniFileKeyMap::ReadResult NIniFileKeyMap::ReadRecords(std::string_view text) {
+  ReadResult result;
+  NIniRecordReader reader(text);
+  NIniRecord record;
+  NIniRecordReader::Result next;
+  // Records are appended as read and indexed a batch at a time: hashing
+  // and probing in a loop of their own overlap far better than between the
+  // branches of the parse.
+  std::size_t batch = m_free.size();
+  while ((next = reader.Next(&record)) == NIniRecordReader::Result::kRecord) {
+    if (record.name.empty()) continue;
+    Element element;
+    element.m_name = record.name.data();
+    element.m_nameSize = static_cast<std::uint32_t>(record.name.size());
+    element.m_data = MakeLoaded(*this, record);
+    m_free.push_back(element);
+    if (m_free.size() - batch == kBatch) {
+      IndexFrom(batch);
+      batch = m_free.size();
+    }
+  }
+  IndexFrom(batch);
+  if (next == NIniRecordReader::Result::kInvalid) {
+    result.invalidLine = reader.ProblemLine();
+    result.problem = reader.Problem();
+  }
+  result.unterminated = reader.EndedWithoutLineEnd();
+  return result;
+}
+
+void NIniFileKeyMap::IndexFrom(std::size_t first) {
+  if (m_index.Count() == 0 || kFixedCount + m_free.size() > m_index.Limit()) {
+    RebuildUpTo(kFixedCount + 2 * m_free.size(), first);
+  }
+  // A name read again gives its new data to the element it already has, and
+  // the later element goes: the table is compacted in the same pass.
+  std::size_t kept = first;
+  for (std::size_t i = first; i < m_free.size(); ++i) {
+    const Element element = m_free[i];
+    const std::string_view name = element.Name();
+    const std::uint32_t found = m_index.FindOrInsert(
+        Hash(name), [&](std::uint32_t at) { return SameNameOutOfLine(ElementAt(at).Name(), name); },
+        static_cast<std::uint32_t>(kFixedCount + kept));
+    if (found == NNameIndex::kNone) {
+      m_free[kept++] = element;
+      continue;
+    }
+    Element& earlier = At(found);
+    Destroy(earlier);
+    earlier.m_data = element.m_data;
+  }
+  m_free.resize(kept);
+}
+
+NIniFileKeyMap::Element* NIniFileKeyMap::Lookup(std::string_view name, std::uint64_t hash) const {
+  const std::uint32_t position =
+      Index().Find(hash, [&](std::uint32_t at) { return SameName(ElementAt(at).Name(), name); });
+  return position == NNameIndex::kNone ? nullptr : const_cast<Element*>(&ElementAt(position));
+}
+
+NIniFileKeyMap::Element* NIniFileKeyMap::LookupWide(std::u16string_view name, std::uint64_t hash) const {
+  const std::uint32_t position =
+      Index().Find(hash, [&](std::uint32_t at) { return SameWideName(ElementAt(at).Name(), name); });
+  return position == NNameIndex::kNone ? nullptr : const_cast<Element*>(&ElementAt(position));
 }
 
 NIniFileKeyMap::Utf8Name::Utf8Name(std::u16string_view name) {
@@ -226,7 +351,7 @@ const NIniFileKeyMap::Element* NIniFileKeyMap::Find(std::string_view name) const
     const Element& last = ElementAt(m_hint - 1);
     if (SameName(last.Name(), name)) return &last;
   }
-  return FindIndexed(name);
+  return Hinted(Lookup(name, Hash(name)));
 }
 
 const NIniFileKeyMap::Element* NIniFileKeyMap::Find(std::u16string_view name) const {
@@ -241,25 +366,33 @@ const NIniFileKeyMap::Element* NIniFileKeyMap::Find(std::u16string_view name) co
     const Element& last = ElementAt(m_hint - 1);
     if (SameWideName(last.Name(), name)) return &last;
   }
-  return FindIndexed(Utf8Name(name).View());
+  // An ASCII name is hashed as it stands; any other is converted first.
+  std::uint64_t hash;
+  if (HashWide(name, &hash)) return Hinted(LookupWide(name, hash));
+  const Utf8Name utf8(name);
+  return Hinted(Lookup(utf8.View(), Hash(utf8.View())));
 }
 
-const NIniFileKeyMap::Element* NIniFileKeyMap::FindIndexed(std::string_view name) const {
-  const Element* found = const_cast<NIniFileKeyMap*>(this)->Lookup(name, Hash(name));
+const NIniFileKeyMap::Element* NIniFileKeyMap::Hinted(const Element* found) const {
   // A personal name leaves the hint where it was: files hold those names
   // first, apart from the others, while records declare them among the rest.
   if (found && !IsPersonal(*found)) m_hint = static_cast<std::size_t>(found - m_free.data()) + kFixedCount + 1;
   return found;
 }
 
-void NIniFileKeyMap::Rebuild(std::size_t capacity) {
-  std::size_t size = 64;
-  while (size < capacity) size *= 2;
-  m_index.assign(size, 0);
+const NNameIndex& NIniFileKeyMap::Index() const {
+  if (m_index.Count() == 0) Rebuild(kFixedCount + 42);
+  return m_index;
+}
+
+void NIniFileKeyMap::Rebuild(std::size_t positions) const { RebuildUpTo(positions, m_free.size()); }
+
+void NIniFileKeyMap::RebuildUpTo(std::size_t positions, std::size_t freeCount) const {
+  m_index.Reset(std::max(positions, kFixedCount + freeCount + 1));
   const auto& hashes = FixedHashes();
-  for (std::size_t i = 0; i < kFixedCount; ++i) Place(hashes[i], static_cast<std::uint32_t>(i));
-  for (std::size_t i = 0; i < m_free.size(); ++i) {
-    Place(Hash(m_free[i].Name()), static_cast<std::uint32_t>(kFixedCount + i));
+  for (std::size_t i = 0; i < kFixedCount; ++i) m_index.Insert(hashes[i], static_cast<std::uint32_t>(i));
+  for (std::size_t i = 0; i < freeCount; ++i) {
+    m_index.Insert(Hash(m_free[i].Name()), static_cast<std::uint32_t>(kFixedCount + i));
   }
 }
 
@@ -277,41 +410,17 @@ NIniFileKeyMap::Element& NIniFileKeyMap::Append(std::string_view name, bool copy
   return m_free.back();
 }
 
-NIniFileKeyMap::Element& NIniFileKeyMap::Insert(std::string_view name, std::uint64_t hash, bool copyName) {
-  Append(name, copyName);
-  if (IndexCapacity(ElementCount()) > m_index.size()) {
-    Rebuild(IndexCapacity(ElementCount()) * 2);
-  } else {
-    Place(hash, static_cast<std::uint32_t>(ElementCount() - 1));
-  }
-  return m_free.back();
-}
-
 void NIniFileKeyMap::Put(std::string_view name, NIniFileData* data, bool heap, bool copyName, bool markChanged) {
-  // One probe sequence finds the name or the free slot a new name takes.
-  const std::uint64_t hash = Hash(name);
-  const std::size_t mask = m_index.size() - 1;
-  std::size_t slot = hash & mask;
-  Element* element = nullptr;
-  for (; m_index[slot] != 0; slot = (slot + 1) & mask) {
-    Element& candidate = At(m_index[slot] - 1);
-    if (SameName(candidate.Name(), name)) {
-      element = &candidate;
-      break;
-    }
-  }
-  if (!element) {
-    if (IndexCapacity(ElementCount() + 1) > m_index.size()) {
-      element = &Insert(name, hash, copyName);
-    } else {
-      element = &Append(name, copyName);
-      m_index[slot] = static_cast<std::uint32_t>(ElementCount());
-    }
-  }
-  Destroy(*element);
-  element->m_data = data;
-  element->m_heap = heap;
-  element->m_changed = element->m_changed || markChanged;
+  if (m_index.Count() == 0 || !m_index.HasRoom()) Rebuild(2 * ElementCount());
+  // One probe finds the name or places the new element that takes it.
+  const std::uint32_t next = static_cast<std::uint32_t>(ElementCount());
+  const std::uint32_t found =
+      m_index.FindOrInsert(Hash(name), [&](std::uint32_t at) { return SameName(ElementAt(at).Name(), name); }, next);
+  Element& element = found == NNameIndex::kNone ? Append(name, copyName) : At(found);
+  Destroy(element);
+  element.m_data = data;
+  element.m_heap = heap;
+  element.m_changed = element.m_changed || markChanged;
 }
 
 bool NIniFileKeyMap::Remove(std::string_view name, bool markChanged) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "store/NIniFileData.h"
+#include "store/NNameIndex.h"
 
 // The ordered value table of one INI key (NIniFileKey::Map).
 //
@@ -18,7 +19,7 @@
 // element without data counts as absent but keeps its place, so a value
 // deleted and set again returns to where it was.
 //
-// Lookups go through an index beside the arrays (open addressing over the
+// Lookups go through an index beside the arrays (NNameIndex, over the
 // positions of both), so they never scan.
 // Names are compared exactly: case matters.
 //
@@ -58,6 +59,15 @@ class NIniFileKeyMap {
   // Keeps a file's text for the table's lifetime (at most two texts) and
   // returns a view of the kept copy, for records to point into.
   std::string_view AdoptText(std::string text);
+  // Reads the records of `text` (a text given to AdoptText) into the table,
+  // until its end or its first invalid record.
+  struct ReadResult {
+    std::size_t invalidLine = 0;  // 1-based line of the first invalid record, or 0
+    std::string problem;          // why that record is invalid
+    bool unterminated = false;    // the last line has no line end
+  };
+  ReadResult ReadRecords(std::string_view text);
+
   // Memory that lives as long as the table, for values read from a file.
   // A bump allocator: loading makes a few hundred small objects per key.
   void* Allocate(std::size_t size, std::size_t alignment = alignof(std::max_align_t)) {
@@ -140,18 +150,27 @@ class NIniFileKeyMap {
 
  private:
   Element& At(std::size_t position) { return position < kFixedCount ? m_fixed[position] : m_free[position - kFixedCount]; }
-  Element* Lookup(std::string_view name, std::uint64_t hash);
-  const Element* FindIndexed(std::string_view name) const;
-  void Place(std::uint64_t hash, std::uint32_t position);
+  Element* Lookup(std::string_view name, std::uint64_t hash) const;
+  Element* LookupWide(std::u16string_view name, std::uint64_t hash) const;
+  // Moves the hint after `found`, and returns it.
+  const Element* Hinted(const Element* found) const;
   Element& Append(std::string_view name, bool copyName);
-  Element& Insert(std::string_view name, std::uint64_t hash, bool copyName);
-  void Rebuild(std::size_t capacity);
+  // The index, built at first use; Rebuild sizes it for `positions`.
+  const NNameIndex& Index() const;
+  void Rebuild(std::size_t positions) const;
+  // The same with only the first `freeCount` elements of the free array.
+  void RebuildUpTo(std::size_t positions, std::size_t freeCount) const;
+  // Indexes the free array's elements from `first` on, just read from a
+  // file: a name already in the table takes the later data and the later
+  // element goes.
+  void IndexFrom(std::size_t first);
+  static constexpr std::size_t kBatch = 256;
   void* AllocateBlock(std::size_t size, std::size_t alignment);
   static void Destroy(Element& element);
 
   std::array<Element, kFixedCount> m_fixed;
   std::vector<Element> m_free;
-  std::vector<std::uint32_t> m_index;  // 0: empty; otherwise an element's position + 1
+  mutable NNameIndex m_index;
   mutable std::size_t m_hint = 0;      // the position after the element found last
   std::array<std::string, 2> m_texts;
   std::size_t m_textCount = 0;
