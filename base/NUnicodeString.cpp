@@ -1,16 +1,14 @@
 #include "base/NUnicodeString.h"
 
+#include "base/NAscii.h"
 #include "platform/NUnicode.h"
 
 // Most text the library handles is ASCII; widening and narrowing it needs
 // no converter.
 NUnicodeString NUnicodeString::FromUtf8(std::string_view utf8) {
-  unsigned char any = 0;
-  for (const char c : utf8) any |= static_cast<unsigned char>(c);
-  if (any >= 0x80) return NUnicodeString(NUtf8ToUtf16(utf8));
   NUnicodeString out(utf8.size(), u'\0');
-  for (size_t i = 0; i < utf8.size(); ++i) out[i] = static_cast<char16_t>(utf8[i]);
-  return out;
+  if (NWidenAscii(utf8, out.data())) return out;
+  return NUnicodeString(NUtf8ToUtf16(utf8));
 }
 
 std::string NUnicodeString::ToUtf8() const {

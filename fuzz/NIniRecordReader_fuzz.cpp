@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/NUnicode.h"
 #include "store/NIniRecordReader.h"
@@ -83,9 +84,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
   NIniRecordReader reader(text);
   std::size_t records = 0;
+  std::vector<NIniRecord> read;
+  NIniRecordReader::Result last;
   for (;;) {
     NIniRecord record;
     const NIniRecordReader::Result result = reader.Next(&record);
+    last = result;
     if (result == NIniRecordReader::Result::kEnd) {
       Check(reader.LinesRead() == lineCount);
       break;
@@ -98,7 +102,34 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     // Every record takes at least one line, so reading always ends.
     Check(++records <= lineCount);
     CheckRecord(record, text);
+    read.push_back(std::move(record));
   }
+
+  // The one-pass reading of plain records, then Next for the others, gives
+  // the same records, lines and problem.
+  NIniRecordReader fast(text);
+  std::size_t at = 0;
+  auto same = [&](char kind, std::string_view name) {
+    Check(at < read.size() && read[at].kind == kind && read[at].name == name);
+    return read[at++];
+  };
+  for (;;) {
+    fast.ReadSimple([&](char kind, std::string_view name, std::uint32_t dword, std::string_view value) {
+      const NIniRecord& expected = same(kind, name);
+      Check(kind == 'D' ? expected.dword == dword : expected.text == value);
+    });
+    NIniRecord record;
+    const NIniRecordReader::Result result = fast.Next(&record);
+    if (result != NIniRecordReader::Result::kRecord) {
+      Check(result == last && at == read.size());
+      break;
+    }
+    const NIniRecord& expected = same(record.kind, record.name);
+    Check(expected.dword == record.dword && expected.text == record.text && expected.bytes == record.bytes &&
+          expected.count == record.count);
+  }
+  Check(fast.LinesRead() == reader.LinesRead() && fast.ProblemLine() == reader.ProblemLine() &&
+        fast.Problem() == reader.Problem() && fast.EndedWithoutLineEnd() == reader.EndedWithoutLineEnd());
 
   CheckRoundTrip(text, NTextFile::Encoding::kUtf8);
   CheckRoundTrip(text, NTextFile::Encoding::kUtf16LE);

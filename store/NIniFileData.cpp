@@ -3,6 +3,7 @@
 #include <cstring>
 #include <new>
 
+#include "base/NAscii.h"
 #include "store/NTextFile.h"
 
 namespace {
@@ -30,14 +31,7 @@ void AppendHeader(std::string& out, char kind, std::string_view name) {
 // values into one string.
 void AssignUtf8(NUnicodeString* out, std::string_view utf8) {
   out->resize(utf8.size());
-  char16_t* units = out->data();
-  unsigned char any = 0;
-  for (std::size_t i = 0; i < utf8.size(); ++i) {
-    const auto byte = static_cast<unsigned char>(utf8[i]);
-    any |= byte;
-    units[i] = byte;
-  }
-  if (any >= 0x80) *out = NUnicodeString::FromUtf8(utf8);
+  if (!NWidenAscii(utf8, out->data())) *out = NUnicodeString::FromUtf8(utf8);
 }
 
 }  // namespace

@@ -60,16 +60,24 @@ inline std::uint64_t Load8(const char* p) {
   return word;
 }
 
-// Names are short: comparing them a word at a time, overlapping at the end,
-// beats a call to memcmp.
+// Names are short, and of every length: up to 32 bytes, four overlapping
+// 8-byte windows cover a name whatever its length, with no loop whose end
+// the CPU would have to guess.
+struct NWindows {
+  explicit NWindows(std::size_t size)
+      : at{0, std::min<std::size_t>(8, size - 8), std::min<std::size_t>(16, size - 8), size - 8} {}
+  std::size_t at[4];
+};
+
+// Comparing a word at a time beats a call to memcmp.
 inline bool SameName(std::string_view a, std::string_view b) {
   const std::size_t size = a.size();
   if (size != b.size()) return false;
-  if (size < 8 || size > 64) return a == b;
+  if (size < 8 || size > 32) return a == b;
+  const NWindows windows(size);
   std::uint64_t differ = 0;
-  std::size_t i = 0;
-  for (; i + 8 < size; i += 8) differ |= Load8(a.data() + i) ^ Load8(b.data() + i);
-  return (differ | (Load8(a.data() + size - 8) ^ Load8(b.data() + size - 8))) == 0;
+  for (const std::size_t i : windows.at) differ |= Load8(a.data() + i) ^ Load8(b.data() + i);
+  return differ == 0;
 }
 
 // Whether the UTF-8 name `a` is the UTF-16 name `b`, for ASCII names (any
@@ -90,8 +98,12 @@ inline bool SameWideName(std::string_view a, std::u16string_view b) {
       high = _mm_or_si128(high, bytes);
       differ = _mm_or_si128(differ, _mm_xor_si128(_mm_unpacklo_epi8(bytes, zero), units));
     };
-    for (std::size_t i = 0; i + 8 < size; i += 8) compare8(i);
-    compare8(size - 8);  // the last eight, overlapping the ones before
+    if (size <= 32) {
+      for (const std::size_t i : NWindows(size).at) compare8(i);
+    } else {
+      for (std::size_t i = 0; i + 8 < size; i += 8) compare8(i);
+      compare8(size - 8);  // the last eight, overlapping the ones before
+    }
     return (_mm_movemask_epi8(high) & 0xFF) == 0 && _mm_movemask_epi8(_mm_cmpeq_epi8(differ, zero)) == 0xFFFF;
   }
 #endif
@@ -121,9 +133,15 @@ inline std::uint64_t Hash(std::string_view name) {
   const char* p = name.data();
   const std::size_t size = name.size();
   if (size >= 16) {
-    std::uint64_t hash = size;
+    std::uint64_t hash = size ^ HashWords(Load8(p + size - 16), Load8(p + size - 8), size - 16);
+    if (size <= 32) {
+      // The first chunk counts only when it is not the last: chosen by a
+      // mask rather than a branch, as lengths vary from name to name.
+      const std::uint64_t first = HashWords(Load8(p), Load8(p + 8), 0);
+      return hash ^ (first & (std::uint64_t{0} - static_cast<std::uint64_t>(size > 16)));
+    }
     for (std::size_t i = 0; i + 16 < size; i += 16) hash ^= HashWords(Load8(p + i), Load8(p + i + 8), i);
-    return hash ^ HashWords(Load8(p + size - 16), Load8(p + size - 8), size - 16);
+    return hash;
   }
   if (size >= 8) return HashWords(Load8(p), Load8(p + size - 8), size);
   std::uint64_t tail = 0;
@@ -150,9 +168,13 @@ inline bool HashWide(std::u16string_view name, std::uint64_t* hash) {
     };
     std::uint64_t h;
     if (size >= 16) {
-      h = size;
-      for (std::size_t i = 0; i + 16 < size; i += 16) h ^= chunk(i, i + 8, i);
-      h ^= chunk(size - 16, size - 8, size - 16);
+      h = size ^ chunk(size - 16, size - 8, size - 16);
+      if (size <= 32) {
+        const std::uint64_t first = chunk(0, 8, 0);
+        h ^= first & (std::uint64_t{0} - static_cast<std::uint64_t>(size > 16));
+      } else {
+        for (std::size_t i = 0; i + 16 < size; i += 16) h ^= chunk(i, i + 8, i);
+      }
     } else {
       h = chunk(0, size - 8, size);
     }
@@ -265,17 +287,26 @@ NIniFileKeyMap::ReadResult NIniFileKeyMap::ReadRecords(std::string_view text) {
   // and probing in a loop of their own overlap far better than between the
   // branches of the parse.
   std::size_t batch = m_free.size();
-  while ((next = reader.Next(&record)) == NIniRecordReader::Result::kRecord) {
-    if (record.name.empty()) continue;
+  auto add = [&](std::string_view name, NIniFileData* data) {
     Element element;
-    element.m_name = record.name.data();
-    element.m_nameSize = static_cast<std::uint32_t>(record.name.size());
-    element.m_data = MakeLoaded(*this, record);
+    element.m_name = name.data();
+    element.m_nameSize = static_cast<std::uint32_t>(name.size());
+    element.m_data = data;
     m_free.push_back(element);
     if (m_free.size() - batch == kBatch) {
       IndexFrom(batch);
       batch = m_free.size();
     }
+  };
+  auto simple = [&](char kind, std::string_view name, std::uint32_t dword, std::string_view value) {
+    if (name.empty()) return;  // discarded, as the format says
+    add(name, kind == 'D' ? static_cast<NIniFileData*>(new (Allocate(sizeof(NIniFileDataDword))) NIniFileDataDword(dword))
+                          : NIniFileDataString::Borrowing(Allocate(sizeof(NIniFileDataString)), value));
+  };
+  for (;;) {
+    reader.ReadSimple(simple);
+    if ((next = reader.Next(&record)) != NIniRecordReader::Result::kRecord) break;
+    if (!record.name.empty()) add(record.name, MakeLoaded(*this, record));
   }
   IndexFrom(batch);
   if (next == NIniRecordReader::Result::kInvalid) {

@@ -22,33 +22,6 @@ constexpr std::array<signed char, 256> kHexValues = [] {
 
 int HexDigit(unsigned char c) { return kHexValues[c]; }
 
-// Eight plain hex digits, the usual DWORD; false for anything else, which
-// the general reader then takes. All eight at once in one word: each byte
-// is checked against the ranges by adding to it so that its high bit tells
-// the comparison (no byte carries into the next, as all are below 0x80).
-bool ReadPlainHex8(const char* digits, std::uint32_t* value) {
-  constexpr std::uint64_t kOnes = 0x0101010101010101ull;
-  constexpr std::uint64_t kHighs = kOnes * 0x80;
-  std::uint64_t word;
-  std::memcpy(&word, digits, 8);
-  if (word & kHighs) return false;
-  const std::uint64_t atLeast0 = word + kOnes * (0x80 - '0');
-  const std::uint64_t above9 = word + kOnes * (0x80 - '9' - 1);
-  const std::uint64_t lower = word | kOnes * 0x20;  // 'A'-'F' as 'a'-'f'
-  const std::uint64_t atLeastA = lower + kOnes * (0x80 - 'a');
-  const std::uint64_t aboveF = lower + kOnes * (0x80 - 'f' - 1);
-  const std::uint64_t isHex = ((atLeast0 & ~above9) | (atLeastA & ~aboveF)) & kHighs;
-  if (isHex != kHighs) return false;
-  // A digit's value is its low nibble, a letter's its low nibble plus 9
-  // (letters have bit 6 set, digits not).
-  const std::uint64_t nibbles = (word & kOnes * 0x0F) + ((word >> 6) & kOnes) * 9;
-  // The first character is the most significant: pairs, then quads, then all.
-  const std::uint64_t pairs = ((nibbles << 4) | (nibbles >> 8)) & 0x00FF00FF00FF00FFull;
-  const std::uint64_t quads = ((pairs << 8) | (pairs >> 16)) & 0x0000FFFF0000FFFFull;
-  *value = static_cast<std::uint32_t>((quads << 16) | (quads >> 32));
-  return true;
-}
-
 // How many UTF-16 code units the UTF-8 sequence led by `c` makes: none for
 // a continuation byte, two for a four-byte sequence.
 int UnitsOfLeadByte(unsigned char c) {
@@ -116,17 +89,22 @@ bool NIniRecordReader::NextSimple(NIniRecord* record) {
   const char* p = rest.data();
   const char* end = p + rest.size();
   if (rest.size() < 5 || p[1] != ':' || p[2] != '"' || (p[0] != 'D' && p[0] != 'S')) return false;
-  const char* q = p + 3 + NFindQuoteOrLineEnd(std::string_view(p + 3, static_cast<std::size_t>(end - p - 3)));
+  // Most names fit a 32-byte window; only what is left of the text may be read.
+  std::size_t nameLength = rest.size() >= 3 + 32 ? NFindInWindow<32>(p + 3, true) : 32;
+  if (nameLength == 32) nameLength = NFindQuoteOrLineEnd(std::string_view(p + 3, static_cast<std::size_t>(end - p - 3)));
+  const char* q = p + 3 + nameLength;
   if (q + 1 >= end || *q != '"' || q[1] != '=') return false;
   const char* value = q + 2;
   std::size_t length;
   if (p[0] == 'D') {
     if (end - value < 8) return false;
     if (end - value > 8 && value[8] != '\r' && value[8] != '\n') return false;
-    if (!ReadPlainHex8(value, &record->dword)) return false;
+    if (!NIniRecordReader::ReadPlainHex8(value, &record->dword)) return false;
     length = static_cast<std::size_t>(value + 8 - p);
   } else {
-    length = static_cast<std::size_t>(value - p) + NFindLineEnd(std::string_view(value, static_cast<std::size_t>(end - value)));
+    std::size_t valueLength = end - value >= 64 ? NFindInWindow<64>(value, false) : 64;
+    if (valueLength == 64) valueLength = NFindLineEnd(std::string_view(value, static_cast<std::size_t>(end - value)));
+    length = static_cast<std::size_t>(value - p) + valueLength;
     record->text = std::string_view(value, static_cast<std::size_t>(p + length - value));
   }
   record->kind = p[0];

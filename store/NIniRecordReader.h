@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 
+#include "base/NAscii.h"
 #include "store/NTextFile.h"
 
 // One value record of a key file, as read. Views point into the text given
@@ -46,6 +48,42 @@ class NIniRecordReader {
   // and 255 added), which older writers relied on. False unless `digits`
   // holds exactly 8 characters (UTF-16 code units).
   static bool ReadHex8(std::string_view digits, std::uint32_t* value);
+  // Eight plain hex digits, the usual DWORD; false for anything else, which
+  // the general reader then takes. All eight at once in one word: each byte
+  // is checked against the ranges by adding to it so that its high bit tells
+  // the comparison (no byte carries into the next, as all are below 0x80).
+  static bool ReadPlainHex8(const char* digits, std::uint32_t* value) {
+    constexpr std::uint64_t kOnes = 0x0101010101010101ull;
+    constexpr std::uint64_t kHighs = kOnes * 0x80;
+    std::uint64_t word;
+    std::memcpy(&word, digits, 8);
+    if (word & kHighs) return false;
+    const std::uint64_t atLeast0 = word + kOnes * (0x80 - '0');
+    const std::uint64_t above9 = word + kOnes * (0x80 - '9' - 1);
+    const std::uint64_t lower = word | kOnes * 0x20;  // 'A'-'F' as 'a'-'f'
+    const std::uint64_t atLeastA = lower + kOnes * (0x80 - 'a');
+    const std::uint64_t aboveF = lower + kOnes * (0x80 - 'f' - 1);
+    const std::uint64_t isHex = ((atLeast0 & ~above9) | (atLeastA & ~aboveF)) & kHighs;
+    if (isHex != kHighs) return false;
+    // A digit's value is its low nibble, a letter's its low nibble plus 9
+    // (letters have bit 6 set, digits not).
+    const std::uint64_t nibbles = (word & kOnes * 0x0F) + ((word >> 6) & kOnes) * 9;
+    // The first character is the most significant: pairs, then quads, then all.
+    const std::uint64_t pairs = ((nibbles << 4) | (nibbles >> 8)) & 0x00FF00FF00FF00FFull;
+    const std::uint64_t quads = ((pairs << 8) | (pairs >> 16)) & 0x0000FFFF0000FFFFull;
+    *value = static_cast<std::uint32_t>((quads << 16) | (quads >> 32));
+    return true;
+  }
+
+  // Reads the plain D and S records from where the reader is, calling
+  // on(kind, name, dword, text) for each (text for S, dword for D), and
+  // stops before the first record that is anything else, for Next to read.
+  // This is the loop every load spends its time in: one record is one pass
+  // with no state kept but the position, and windows of 32 and 64 bytes find
+  // the name's end and the line's end without a loop. It stops short of the
+  // text's last 102 bytes, which the windows would read past.
+  template <typename OnRecord>
+  void ReadSimple(OnRecord&& on);
 
  private:
   Result Invalid(std::string problem);
@@ -57,3 +95,36 @@ class NIniRecordReader {
   std::string m_problem;
   std::size_t m_problemLine = 0;
 };
+
+template <typename OnRecord>
+void NIniRecordReader::ReadSimple(OnRecord&& on) {
+  constexpr std::size_t kReach = 3 + 32 + 2 + 64 + 1;
+  const std::string_view rest = m_lines.Rest();
+  const char* const begin = rest.data();
+  const char* const end = begin + rest.size();
+  const char* p = begin;
+  std::size_t lines = 0;
+  while (static_cast<std::size_t>(end - p) >= kReach) {
+    const char kind = p[0];
+    if ((kind != 'D' && kind != 'S') || p[1] != ':' || p[2] != '"') break;
+    const std::size_t nameLength = NFindInWindow<32>(p + 3, true);
+    const char* q = p + 3 + nameLength;
+    if (nameLength == 32 || q[0] != '"' || q[1] != '=') break;
+    const char* value = q + 2;
+    const char* lineEnd;
+    std::uint32_t dword = 0;
+    if (kind == 'D') {
+      lineEnd = value + 8;
+      if ((*lineEnd != '\r' && *lineEnd != '\n') || !ReadPlainHex8(value, &dword)) break;
+    } else {
+      const std::size_t valueLength = NFindInWindow<64>(value, false);
+      if (valueLength == 64) break;
+      lineEnd = value + valueLength;
+    }
+    on(kind, std::string_view(p + 3, nameLength), dword,
+       std::string_view(value, static_cast<std::size_t>(lineEnd - value)));
+    p = lineEnd + 1 + (lineEnd[0] == '\r' && lineEnd[1] == '\n');
+    ++lines;
+  }
+  if (lines) m_lines.Advance(static_cast<std::size_t>(p - begin), lines);
+}

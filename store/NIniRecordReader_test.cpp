@@ -378,3 +378,79 @@ TEST(NIniRecordReaderTest, HostileCountsFailWithoutAllocatingForTheCount) {
 }
 
 }  // namespace
+
+// The plain records read in one pass by ReadSimple, then Next for the rest,
+// must give what Next alone gives: records, lines and the problem found.
+TEST(NIniRecordReaderTest, ReadSimpleGivesWhatNextGivesWhereverNamesValuesAndTheTextEnd) {
+  std::uint64_t state = 12345;
+  auto below = [&state](std::uint64_t n) {
+    state = state * 6364136223846793005ull + 1442695040888963407ull;
+    return (state >> 33) % n;
+  };
+  const std::string_view ends[] = {"\r\n", "\n", "\r"};
+  for (int round = 0; round < 400; ++round) {
+    std::string text;
+    const std::uint64_t records = 1 + below(12);
+    for (std::uint64_t r = 0; r < records; ++r) {
+      // Names and values around the lengths where the windows end.
+      const std::size_t nameLength = below(4) == 0 ? below(3) : 28 + below(8);
+      std::string name(nameLength, 'n');
+      if (below(8) == 0 && nameLength) name[below(nameLength)] = '"';
+      const std::string_view end = ends[below(3)];
+      switch (below(6)) {
+        case 0:
+        case 1: {
+          const char* digits[] = {"0000abcd", "0000ABCZ", "0000abc", "0000abcde", "ffffffff"};
+          text += "D:\"" + name + "\"=" + digits[below(5)];
+          break;
+        }
+        case 2:
+        case 3: {
+          std::string value(60 + below(8), 'v');
+          if (below(4) == 0) value[below(value.size())] = '"';
+          text += "S:\"" + name + "\"=" + value;
+          break;
+        }
+        case 4:
+          text += "B:\"" + name + "\"=00000002" + std::string(end) + "abcd";
+          break;
+        default:
+          text += below(3) == 0 ? "x:\"" + name + "\"=1" : "Z:\"" + name + "\"=00000001" + std::string(end) + " s";
+          break;
+      }
+      if (r + 1 < records || below(2) == 0) text += end;
+    }
+    const NReadOutcome expected = ReadAll(text);
+
+    NIniRecordReader reader(text);
+    NReadOutcome got;
+    for (int guard = 0; guard < 1000; ++guard) {
+      reader.ReadSimple([&](char kind, std::string_view name, std::uint32_t dword, std::string_view value) {
+        NIniRecord record;
+        record.kind = kind;
+        record.name = name;
+        if (kind == 'D') record.dword = dword;
+        if (kind == 'S') record.text = value;
+        got.records.push_back(record);
+      });
+      NIniRecord record;
+      got.end = reader.Next(&record);
+      if (got.end != Result::kRecord) break;
+      got.records.push_back(std::move(record));
+    }
+    SCOPED_TRACE(text);
+    ASSERT_EQ(got.records.size(), expected.records.size());
+    for (std::size_t i = 0; i < expected.records.size(); ++i) {
+      EXPECT_EQ(got.records[i].kind, expected.records[i].kind) << i;
+      EXPECT_EQ(got.records[i].name, expected.records[i].name) << i;
+      EXPECT_EQ(got.records[i].dword, expected.records[i].dword) << i;
+      EXPECT_EQ(got.records[i].text, expected.records[i].text) << i;
+      EXPECT_EQ(got.records[i].bytes, expected.records[i].bytes) << i;
+    }
+    EXPECT_EQ(got.end, expected.end);
+    EXPECT_EQ(reader.Problem(), expected.problem);
+    EXPECT_EQ(reader.ProblemLine(), expected.problemLine);
+    EXPECT_EQ(reader.EndedWithoutLineEnd(), expected.endedWithoutLineEnd);
+    EXPECT_EQ(reader.LinesRead(), expected.linesRead);
+  }
+}

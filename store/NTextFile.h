@@ -99,6 +99,14 @@ class NLineReader {
     m_position += next;
   }
 
+  // Takes `lines` whole lines, `bytes` long with their line ends, read by
+  // a caller that scanned them itself.
+  void Advance(std::size_t bytes, std::size_t lines) {
+    m_position += bytes;
+    m_lineNumber += lines;
+    m_unterminated = false;
+  }
+
   // 1-based number of the line Next gave last.
   std::size_t LineNumber() const { return m_lineNumber; }
   // True when the line Next gave last ended the text without a line end.
