@@ -192,14 +192,15 @@ bool NIniFileKey::LoadFile(Map& map, std::u16string_view root, FileState* state,
   report->emptyFile = raw.empty();
   NTextFile::Encoding encoding;
   bool verbatim = false;
-  std::string text = NTextFile::DecodeTaking(&raw, &encoding, &verbatim);
+  std::size_t markSize = 0;
+  std::string text = NTextFile::DecodeTaking(&raw, &encoding, &verbatim, &markSize);
   if (!verbatim) {
     state->hash = NHashBytes(raw.data(), raw.size());
   } else {
     state->hashed = false;
     state->mark = encoding == NTextFile::Encoding::kUtf8 ? kUtf8Mark : std::string_view();
   }
-  const std::string_view kept = map.AdoptText(std::move(text));
+  const std::string_view kept = map.AdoptText(std::move(text), markSize);
   if (verbatim) state->text = kept;
   const NIniFileKeyMap::ReadResult read = map.ReadRecords(kept);
   report->invalidLine = read.invalidLine;

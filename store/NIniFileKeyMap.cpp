@@ -238,14 +238,14 @@ int NIniFileKeyMap::FixedIndex(std::string_view name) {
   return -1;
 }
 
-std::string_view NIniFileKeyMap::AdoptText(std::string text) {
+std::string_view NIniFileKeyMap::AdoptText(std::string text, std::size_t skip) {
   if (m_blocks.empty()) m_nextBlock = ArenaSize(text.size());
   const std::size_t expected = m_free.size() + ExpectedRecords(text.size());
   if (expected > m_free.capacity()) m_free.reserve(expected);
   if (kFixedCount + expected > m_index.Limit()) Rebuild(kFixedCount + expected);
   std::string& kept = m_texts.at(m_textCount++);
   kept = std::move(text);
-  return kept;
+  return std::string_view(kept).substr(skip);
 }
 
 void* NIniFileKeyMap::AllocateBlock(std::size_t size, std::size_t alignment) {
@@ -321,22 +321,37 @@ void NIniFileKeyMap::IndexFrom(std::size_t first) {
   if (m_index.Count() == 0 || kFixedCount + m_free.size() > m_index.Limit()) {
     RebuildUpTo(kFixedCount + 2 * m_free.size(), first);
   }
-  // A name read again gives its new data to the element it already has, and
-  // the later element goes: the table is compacted in the same pass.
-  std::size_t kept = first;
-  for (std::size_t i = first; i < m_free.size(); ++i) {
-    const Element element = m_free[i];
-    const std::string_view name = element.Name();
+  // The hashes first, in a loop of their own: they depend on nothing but
+  // the names, so their multiplies overlap.
+  std::uint64_t hashes[kBatch];
+  const std::size_t count = m_free.size() - first;
+  for (std::size_t i = 0; i < count; ++i) hashes[i] = Hash(m_free[first + i].Name());
+  // Names are rarely read twice: until one is, every element stays where it
+  // is. From the first repeat on, a repeated name gives its new data to the
+  // element it already has and the later element goes, the table compacted
+  // in the same pass.
+  Element* const elements = m_free.data();
+  std::size_t i = 0;
+  for (; i < count; ++i) {
     const std::uint32_t found = m_index.FindOrInsert(
-        Hash(name), [&](std::uint32_t at) { return SameNameOutOfLine(ElementAt(at).Name(), name); },
+        hashes[i],
+        [this, name = elements[first + i].Name()](std::uint32_t at) { return SameNameOutOfLine(ElementAt(at).Name(), name); },
+        static_cast<std::uint32_t>(kFixedCount + first + i));
+    if (found != NNameIndex::kNone) break;
+  }
+  std::size_t kept = first + i;
+  for (; i < count; ++i) {
+    const std::uint32_t found = m_index.FindOrInsert(
+        hashes[i],
+        [this, name = elements[first + i].Name()](std::uint32_t at) { return SameNameOutOfLine(ElementAt(at).Name(), name); },
         static_cast<std::uint32_t>(kFixedCount + kept));
     if (found == NNameIndex::kNone) {
-      m_free[kept++] = element;
+      elements[kept++] = elements[first + i];
       continue;
     }
     Element& earlier = At(found);
     Destroy(earlier);
-    earlier.m_data = element.m_data;
+    earlier.m_data = elements[first + i].m_data;
   }
   m_free.resize(kept);
 }

@@ -58,7 +58,8 @@ class NIniFileKeyMap {
 
   // Keeps a file's text for the table's lifetime (at most two texts) and
   // returns a view of the kept copy, for records to point into.
-  std::string_view AdoptText(std::string text);
+  // The text kept is what follows its first `skip` bytes.
+  std::string_view AdoptText(std::string text, std::size_t skip = 0);
   // Reads the records of `text` (a text given to AdoptText) into the table,
   // until its end or its first invalid record.
   struct ReadResult {

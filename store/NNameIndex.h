@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -30,9 +31,9 @@ class NNameIndex {
     m_groupMask = groups - 1;
     m_limit = groups * kGroupSize * 3 / 4;
     m_count = 0;
-    m_control.reset(new std::uint8_t[groups * kGroupSize]);
+    m_control.reset(new NControl[groups * kGroupSize]);
     m_slots.reset(new std::uint32_t[groups * kGroupSize]);
-    std::memset(m_control.get(), kEmpty, groups * kGroupSize);
+    std::fill_n(m_control.get(), groups * kGroupSize, kEmpty);
   }
 
   // Whether one more position fits without a Reset.
@@ -45,9 +46,9 @@ class NNameIndex {
   template <typename Same>
   std::uint32_t Find(std::uint64_t hash, Same&& same) const {
     if (!m_control) return kNone;
-    const std::uint8_t tag = Tag(hash);
+    const NControl tag = Tag(hash);
     for (std::size_t group = GroupOf(hash);; group = (group + 1) & m_groupMask) {
-      const std::uint8_t* control = m_control.get() + group * kGroupSize;
+      const NControl* control = m_control.get() + group * kGroupSize;
       for (std::uint32_t hits = Matches(control, tag); hits; hits &= hits - 1) {
         const std::uint32_t position = m_slots[group * kGroupSize + static_cast<std::size_t>(__builtin_ctz(hits))];
         if (same(position)) return position;
@@ -60,7 +61,7 @@ class NNameIndex {
   // in the index already.
   void Insert(std::uint64_t hash, std::uint32_t position) {
     for (std::size_t group = GroupOf(hash);; group = (group + 1) & m_groupMask) {
-      std::uint8_t* control = m_control.get() + group * kGroupSize;
+      NControl* control = m_control.get() + group * kGroupSize;
       if (const std::uint32_t empties = Matches(control, kEmpty)) {
         const std::size_t slot = static_cast<std::size_t>(__builtin_ctz(empties));
         control[slot] = Tag(hash);
@@ -75,9 +76,9 @@ class NNameIndex {
   // HasRoom() must hold.
   template <typename Same>
   std::uint32_t FindOrInsert(std::uint64_t hash, Same&& same, std::uint32_t position) {
-    const std::uint8_t tag = Tag(hash);
+    const NControl tag = Tag(hash);
     for (std::size_t group = GroupOf(hash);; group = (group + 1) & m_groupMask) {
-      std::uint8_t* control = m_control.get() + group * kGroupSize;
+      NControl* control = m_control.get() + group * kGroupSize;
       for (std::uint32_t hits = Matches(control, tag); hits; hits &= hits - 1) {
         const std::uint32_t found = m_slots[group * kGroupSize + static_cast<std::size_t>(__builtin_ctz(hits))];
         if (same(found)) return found;
@@ -94,21 +95,25 @@ class NNameIndex {
 
  private:
   static constexpr std::size_t kGroupSize = 16;
-  static constexpr std::uint8_t kEmpty = 0x80;
+  // Control bytes have a type of their own: a store through a plain byte
+  // type may alias anything, and would make the compiler reload every
+  // member after each insertion.
+  enum class NControl : std::uint8_t {};
+  static constexpr NControl kEmpty = NControl{0x80};
 
   // The low 7 bits tell names apart within a group; the bits above choose
   // the group, so the two are independent.
-  static std::uint8_t Tag(std::uint64_t hash) { return static_cast<std::uint8_t>(hash & 0x7F); }
+  static NControl Tag(std::uint64_t hash) { return NControl(hash & 0x7F); }
   std::size_t GroupOf(std::uint64_t hash) const { return static_cast<std::size_t>(hash >> 7) & m_groupMask; }
 
   // A bit for each of the group's 16 control bytes that equals `byte`. The
   // byte is spread by a multiply: _mm_set1_epi8 goes through memory, and
   // reading it back wider than it was written stalls.
-  static std::uint32_t Matches(const std::uint8_t* control, std::uint8_t byte) {
+  static std::uint32_t Matches(const NControl* control, NControl byte) {
 #if defined(__SSE2__)
     const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(control));
-    return static_cast<std::uint32_t>(
-        _mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_set1_epi32(static_cast<int>(byte * 0x01010101u)))));
+    const auto spread = static_cast<int>(static_cast<std::uint32_t>(byte) * 0x01010101u);
+    return static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_set1_epi32(spread))));
 #else
     std::uint32_t bits = 0;
     for (std::size_t i = 0; i < kGroupSize; ++i) bits |= static_cast<std::uint32_t>(control[i] == byte) << i;
@@ -116,7 +121,7 @@ class NNameIndex {
 #endif
   }
 
-  std::unique_ptr<std::uint8_t[]> m_control;
+  std::unique_ptr<NControl[]> m_control;
   std::unique_ptr<std::uint32_t[]> m_slots;
   std::size_t m_groupMask = 0;
   std::size_t m_limit = 0;

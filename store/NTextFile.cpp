@@ -33,18 +33,22 @@ std::string CleanUtf8(std::string_view bytes) {
 
 std::string NTextFile::Decode(std::string raw, Encoding* encoding) {
   bool verbatim = false;
-  return DecodeTaking(&raw, encoding, &verbatim);
+  std::size_t markSize = 0;
+  std::string text = DecodeTaking(&raw, encoding, &verbatim, &markSize);
+  if (markSize) text.erase(0, markSize);
+  return text;
 }
 
-std::string NTextFile::DecodeTaking(std::string* raw, Encoding* encoding, bool* verbatim) {
+std::string NTextFile::DecodeTaking(std::string* raw, Encoding* encoding, bool* verbatim, std::size_t* markSize) {
   *verbatim = false;
+  *markSize = 0;
   const std::string_view bytes = *raw;
   if (bytes.starts_with("\xEF\xBB\xBF")) {
     *encoding = Encoding::kUtf8;
     const std::string_view text = bytes.substr(3);
-    if (IsAscii(text) || NIsValidUtf8(text)) {
+    if (NIsValidUtf8(text)) {
       *verbatim = true;
-      raw->erase(0, 3);
+      *markSize = 3;
       return std::move(*raw);
     }
     return CleanUtf8(text);

@@ -41,7 +41,10 @@ class NTextFile {
   static std::string Decode(std::string raw, Encoding* encoding);
   // The same, taking the bytes from *raw only when the text is the bytes
   // themselves after the mark (*verbatim); otherwise *raw is left as it was.
-  static std::string DecodeTaking(std::string* raw, Encoding* encoding, bool* verbatim);
+  // A taken text still begins with its mark: the text is what follows the
+  // first *markSize bytes (moving a whole file down three bytes costs more
+  // than keeping them).
+  static std::string DecodeTaking(std::string* raw, Encoding* encoding, bool* verbatim, std::size_t* markSize);
 
   void SetEncoding(Encoding encoding) { m_encoding = encoding; }
   Encoding GetEncoding() const { return m_encoding; }

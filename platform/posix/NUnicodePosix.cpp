@@ -75,11 +75,11 @@ bool NIsValidUtf8(std::string_view bytes) {
   const auto* p = reinterpret_cast<const unsigned char*>(bytes.data());
   const auto* end = p + bytes.size();
   while (p < end) {
-    if (end - p >= 8) {
-      std::uint64_t word;
-      std::memcpy(&word, p, 8);
-      if ((word & 0x8080808080808080ull) == 0) {
-        p += 8;
+    if (end - p >= 16) {
+      std::uint64_t words[2];
+      std::memcpy(words, p, 16);
+      if (((words[0] | words[1]) & 0x8080808080808080ull) == 0) {
+        p += 16;
         continue;
       }
     }

@@ -89,6 +89,10 @@ std::string NUtf16ToUtf8(std::u16string_view utf16) {
 }
 
 bool NIsValidUtf8(std::string_view bytes) {
+  // The converter checks only from the first byte that is not ASCII on.
+  std::size_t ascii = 0;
+  while (ascii < bytes.size() && static_cast<unsigned char>(bytes[ascii]) < 0x80) ++ascii;
+  bytes.remove_prefix(ascii);
   if (bytes.empty()) return true;
   return MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, bytes.data(), static_cast<int>(bytes.size()), nullptr,
                              0) > 0;
