@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -48,11 +49,13 @@ class NIniRecordReader {
   // and 255 added), which older writers relied on. False unless `digits`
   // holds exactly 8 characters (UTF-16 code units).
   static bool ReadHex8(std::string_view digits, std::uint32_t* value);
-  // Eight plain hex digits, the usual DWORD; false for anything else, which
-  // the general reader then takes. All eight at once in one word: each byte
-  // is checked against the ranges by adding to it so that its high bit tells
-  // the comparison (no byte carries into the next, as all are below 0x80).
-  static bool ReadPlainHex8(const char* digits, std::uint32_t* value) {
+  // The values of eight plain hex digits, one per byte, first digit in the
+  // lowest byte; false for anything else, which the general reader then
+  // takes. All eight at once in one word: each byte is checked against the
+  // ranges by adding to it so that its high bit tells the comparison (no
+  // byte carries into the next, as all are below 0x80).
+  static bool PlainHexNibbles8(const char* digits, std::uint64_t* nibbles) {
+    static_assert(std::endian::native == std::endian::little, "the first character is the word's lowest byte");
     constexpr std::uint64_t kOnes = 0x0101010101010101ull;
     constexpr std::uint64_t kHighs = kOnes * 0x80;
     std::uint64_t word;
@@ -67,11 +70,28 @@ class NIniRecordReader {
     if (isHex != kHighs) return false;
     // A digit's value is its low nibble, a letter's its low nibble plus 9
     // (letters have bit 6 set, digits not).
-    const std::uint64_t nibbles = (word & kOnes * 0x0F) + ((word >> 6) & kOnes) * 9;
+    *nibbles = (word & kOnes * 0x0F) + ((word >> 6) & kOnes) * 9;
+    return true;
+  }
+  // Eight plain hex digits, the usual DWORD.
+  static bool ReadPlainHex8(const char* digits, std::uint32_t* value) {
+    std::uint64_t nibbles;
+    if (!PlainHexNibbles8(digits, &nibbles)) return false;
     // The first character is the most significant: pairs, then quads, then all.
     const std::uint64_t pairs = ((nibbles << 4) | (nibbles >> 8)) & 0x00FF00FF00FF00FFull;
     const std::uint64_t quads = ((pairs << 8) | (pairs >> 16)) & 0x0000FFFF0000FFFFull;
     *value = static_cast<std::uint32_t>((quads << 16) | (quads >> 32));
+    return true;
+  }
+  // Eight plain hex digits as the four bytes they spell, in order, the usual
+  // data line of a binary.
+  static bool ReadPlainHexBytes8(const char* digits, char* bytes) {
+    std::uint64_t nibbles;
+    if (!PlainHexNibbles8(digits, &nibbles)) return false;
+    const std::uint64_t pairs = ((nibbles << 4) | (nibbles >> 8)) & 0x00FF00FF00FF00FFull;
+    const std::uint64_t quads = (pairs | (pairs >> 8)) & 0x0000FFFF0000FFFFull;
+    const auto four = static_cast<std::uint32_t>(quads | (quads >> 16));
+    std::memcpy(bytes, &four, 4);
     return true;
   }
 
