@@ -19,7 +19,9 @@ class NProfileData {
   // Registers the field with `record`, in declaration order (a null record
   // makes a field of its own). `name` must outlive the field (records pass
   // literals).
-  inline NProfileData(NProfileRecord* record, std::u16string_view name);
+  // Inlined into the record's constructor, which makes hundreds of fields:
+  // a call each would cost more than the registration itself.
+  [[gnu::always_inline]] inline NProfileData(NProfileRecord* record, std::u16string_view name);
   NProfileData(const NProfileData&) = delete;
   NProfileData& operator=(const NProfileData&) = delete;
   virtual ~NProfileData() = default;

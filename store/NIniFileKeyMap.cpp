@@ -60,58 +60,16 @@ inline std::uint64_t Load8(const char* p) {
   return word;
 }
 
-// Names are short, and of every length: up to 32 bytes, four overlapping
-// 8-byte windows cover a name whatever its length, with no loop whose end
-// the CPU would have to guess.
-struct NWindows {
-  explicit NWindows(std::size_t size)
-      : at{0, std::min<std::size_t>(8, size - 8), std::min<std::size_t>(16, size - 8), size - 8} {}
-  std::size_t at[4];
-};
-
-// Comparing a word at a time beats a call to memcmp.
+// Names are short: comparing them a word at a time, overlapping at the end,
+// beats a call to memcmp.
 inline bool SameName(std::string_view a, std::string_view b) {
   const std::size_t size = a.size();
   if (size != b.size()) return false;
-  if (size < 8 || size > 32) return a == b;
-  const NWindows windows(size);
+  if (size < 8 || size > 64) return a == b;
   std::uint64_t differ = 0;
-  for (const std::size_t i : windows.at) differ |= Load8(a.data() + i) ^ Load8(b.data() + i);
-  return differ == 0;
-}
-
-// Whether the UTF-8 name `a` is the UTF-16 name `b`, for ASCII names (any
-// other `a` answers false; the index settles those). Widening `a` beats
-// narrowing `b`: a name just narrowed into a buffer is read back at other
-// widths than it was written, which stalls the load.
-inline bool SameWideName(std::string_view a, std::u16string_view b) {
-  const std::size_t size = a.size();
-  if (size != b.size()) return false;
-#if defined(__SSE2__)
-  if (size >= 8 && size <= 64) {
-    const __m128i zero = _mm_setzero_si128();
-    __m128i high = zero;
-    __m128i differ = zero;
-    auto compare8 = [&](std::size_t i) {
-      const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(a.data() + i));
-      const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(b.data() + i));
-      high = _mm_or_si128(high, bytes);
-      differ = _mm_or_si128(differ, _mm_xor_si128(_mm_unpacklo_epi8(bytes, zero), units));
-    };
-    if (size <= 32) {
-      for (const std::size_t i : NWindows(size).at) compare8(i);
-    } else {
-      for (std::size_t i = 0; i + 8 < size; i += 8) compare8(i);
-      compare8(size - 8);  // the last eight, overlapping the ones before
-    }
-    return (_mm_movemask_epi8(high) & 0xFF) == 0 && _mm_movemask_epi8(_mm_cmpeq_epi8(differ, zero)) == 0xFFFF;
-  }
-#endif
-  for (std::size_t i = 0; i < size; ++i) {
-    const auto unit = static_cast<unsigned char>(a[i]);
-    if (unit >= 0x80 || unit != b[i]) return false;
-  }
-  return true;
+  std::size_t i = 0;
+  for (; i + 8 < size; i += 8) differ |= Load8(a.data() + i) ^ Load8(b.data() + i);
+  return (differ | (Load8(a.data() + size - 8) ^ Load8(b.data() + size - 8))) == 0;
 }
 
 // For loops where names rarely need comparing: keeps their bodies small,
@@ -400,9 +358,9 @@ const NIniFileKeyMap::Element* NIniFileKeyMap::Find(std::string_view name) const
   return Hinted(Lookup(name, Hash(name)));
 }
 
-const NIniFileKeyMap::Element* NIniFileKeyMap::Find(std::u16string_view name) const {
-  if (m_hint < ElementCount()) {
-    const Element& next = ElementAt(m_hint);
+const NIniFileKeyMap::Element* NIniFileKeyMap::FindAfterHint(std::u16string_view name) const {
+  if (m_hint < kFixedCount) {
+    const Element& next = m_fixed[m_hint];
     if (SameWideName(next.Name(), name)) {
       ++m_hint;
       return &next;

@@ -7,6 +7,10 @@
 #include <string_view>
 #include <vector>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 #include "store/NIniFileData.h"
 #include "store/NNameIndex.h"
 
@@ -99,7 +103,16 @@ class NIniFileKeyMap {
   const Element* Find(std::string_view name) const;
   // The same for a name in UTF-16, as keys are asked: the element tried
   // first is compared with it as it stands, converted only for the index.
-  const Element* Find(std::u16string_view name) const;
+  // Inline: hosts read every field this way, and the element tried first is
+  // nearly always the one.
+  const Element* Find(std::u16string_view name) const {
+    const std::size_t free = m_hint - kFixedCount;
+    if (m_hint >= kFixedCount && free < m_free.size() && SameWideName(m_free[free].Name(), name)) {
+      ++m_hint;
+      return &m_free[free];
+    }
+    return FindAfterHint(name);
+  }
   NIniFileData* FindData(std::string_view name) const {
     const Element* element = Find(name);
     return element ? element->m_data : nullptr;
@@ -150,6 +163,37 @@ class NIniFileKeyMap {
   std::size_t ValueCount() const;
 
  private:
+  // Whether the UTF-8 name `a` is the UTF-16 name `b`, for ASCII names (any
+  // other `a` answers false; the index settles those). Widening `a` beats
+  // narrowing `b`: a name just narrowed into a buffer is read back at other
+  // widths than it was written, which stalls the load.
+  static bool SameWideName(std::string_view a, std::u16string_view b) {
+    const std::size_t size = a.size();
+    if (size != b.size()) return false;
+#if defined(__SSE2__)
+    if (size >= 8 && size <= 64) {
+      const __m128i zero = _mm_setzero_si128();
+      __m128i high = zero;
+      __m128i differ = zero;
+      auto compare8 = [&](std::size_t i) {
+        const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(a.data() + i));
+        const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(b.data() + i));
+        high = _mm_or_si128(high, bytes);
+        differ = _mm_or_si128(differ, _mm_xor_si128(_mm_unpacklo_epi8(bytes, zero), units));
+      };
+      for (std::size_t i = 0; i + 8 < size; i += 8) compare8(i);
+      compare8(size - 8);  // the last eight, overlapping the ones before
+      return (_mm_movemask_epi8(high) & 0xFF) == 0 && _mm_movemask_epi8(_mm_cmpeq_epi8(differ, zero)) == 0xFFFF;
+    }
+#endif
+    for (std::size_t i = 0; i < size; ++i) {
+      const auto unit = static_cast<unsigned char>(a[i]);
+      if (unit >= 0x80 || unit != b[i]) return false;
+    }
+    return true;
+  }
+
+  const Element* FindAfterHint(std::u16string_view name) const;
   Element& At(std::size_t position) { return position < kFixedCount ? m_fixed[position] : m_free[position - kFixedCount]; }
   Element* Lookup(std::string_view name, std::uint64_t hash) const;
   Element* LookupWide(std::u16string_view name, std::uint64_t hash) const;
