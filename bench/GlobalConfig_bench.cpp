@@ -12,6 +12,7 @@
 #include "config/NConfigEntry.h"
 #include "platform/NPlatform.h"
 #include "store/NIniFileKey.h"
+#include "store/NIniFileKeyMap.h"
 #include "store/NIniFileStore.h"
 #include "store/NIniFileStoreFactory.h"
 #include "store/NTextFile.h"
@@ -108,6 +109,26 @@ void BM_GlobalKeysOpen(benchmark::State& state) {
   }
 }
 
+// The key's value table alone: the text of global.ini, already read and
+// decoded, made into a table.
+void BM_GlobalKeyTable(benchmark::State& state) {
+  const NUnicodeString path = NUnicodeString::FromUtf8((GlobalFolder() / "global.ini").string());
+  std::unique_ptr<NFile> file;
+  std::string raw;
+  NOpenOptions options;
+  if (!NPlatform::Default().OpenFile(path, options, &file) || !NTextFile(*file).Read(&raw)) {
+    state.SkipWithError("global.ini could not be read");
+    return;
+  }
+  NTextFile::Encoding encoding;
+  const std::string text = NTextFile::Decode(raw, &encoding);
+  for (auto _ : state) {
+    NIniFileKeyMap map;
+    const NIniFileKeyMap::ReadResult read = map.ReadRecords(map.AdoptText(text));
+    benchmark::DoNotOptimize(read.invalidLine);
+  }
+}
+
 // The record's reads alone: every field read from a loaded "Global".
 void BM_GlobalConfigRead(benchmark::State& state) {
   GlobalFolder();
@@ -126,6 +147,7 @@ void BM_GlobalConfigRead(benchmark::State& state) {
 
 BENCHMARK(BM_GlobalConfigDefaults)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_GlobalConfigRead)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_GlobalKeyTable)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_GlobalKeysOpen)->DenseRange(0, 3)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_GlobalFloorOpenLockReadClose)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_GetGlobalConfig)->Unit(benchmark::kMicrosecond);

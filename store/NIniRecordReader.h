@@ -101,7 +101,7 @@ class NIniRecordReader {
   // This is the loop every load spends its time in: one record is one pass
   // with no state kept but the position, and windows of 32 and 64 bytes find
   // the name's end and the line's end without a loop. It stops short of the
-  // text's last 102 bytes, which the windows would read past.
+  // text's last 65 bytes, which the windows would read past.
   template <typename OnRecord>
   void ReadSimple(OnRecord&& on);
 
@@ -118,32 +118,32 @@ class NIniRecordReader {
 
 template <typename OnRecord>
 void NIniRecordReader::ReadSimple(OnRecord&& on) {
-  constexpr std::size_t kReach = 3 + 32 + 2 + 64 + 1;
+  // The next record's start depends only on where this line ends, which is
+  // found from the line's start: the search for the name's end and the
+  // checks of the record do not hold the next record up.
+  constexpr std::size_t kReach = 64 + 1;
   const std::string_view rest = m_lines.Rest();
   const char* const begin = rest.data();
   const char* const end = begin + rest.size();
   const char* p = begin;
   std::size_t lines = 0;
   while (static_cast<std::size_t>(end - p) >= kReach) {
+    std::size_t lineLength = NFindInWindow<64>(p, false);
+    if (lineLength == 64) lineLength = 64 + NFindLineEnd(std::string_view(p + 64, static_cast<std::size_t>(end - p - 64)));
+    const char* lineEnd = p + lineLength;
+    if (lineEnd == end) break;  // the last line, without a line end
     const char kind = p[0];
     if ((kind != 'D' && kind != 'S') || p[1] != ':' || p[2] != '"') break;
     const std::size_t nameLength = NFindInWindow<32>(p + 3, true);
     const char* q = p + 3 + nameLength;
     if (nameLength == 32 || q[0] != '"' || q[1] != '=') break;
     const char* value = q + 2;
-    const char* lineEnd;
     std::uint32_t dword = 0;
-    if (kind == 'D') {
-      lineEnd = value + 8;
-      if ((*lineEnd != '\r' && *lineEnd != '\n') || !ReadPlainHex8(value, &dword)) break;
-    } else {
-      const std::size_t valueLength = NFindInWindow<64>(value, false);
-      if (valueLength == 64) break;
-      lineEnd = value + valueLength;
-    }
+    if (kind == 'D' && (lineEnd != value + 8 || !ReadPlainHex8(value, &dword))) break;
     on(kind, std::string_view(p + 3, nameLength), dword,
        std::string_view(value, static_cast<std::size_t>(lineEnd - value)));
-    p = lineEnd + 1 + (lineEnd[0] == '\r' && lineEnd[1] == '\n');
+    p = lineEnd + 1;
+    if (*lineEnd == '\r' && p < end && *p == '\n') ++p;
     ++lines;
   }
   if (lines) m_lines.Advance(static_cast<std::size_t>(p - begin), lines);
