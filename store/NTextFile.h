@@ -77,7 +77,16 @@ class NLineReader {
   bool Next(std::string_view* line) {
     if (m_position >= m_text.size()) return false;
     const char* begin = m_text.data() + m_position;
-    const std::size_t end = NFindLineEnd(std::string_view(begin, m_text.size() - m_position));
+    const std::size_t left = m_text.size() - m_position;
+    // Most lines end within 64 bytes: one test of that window, then a scan
+    // of the rest only for longer lines.
+    std::size_t end = 0;
+    if (left >= 64) {
+      end = NFindInWindow<64>(begin, false);
+      if (end == 64) end += NFindLineEnd(std::string_view(begin + 64, left - 64));
+    } else {
+      end = NFindLineEnd(std::string_view(begin, left));
+    }
     *line = std::string_view(begin, end);
     TakeLine(end);
     return true;
