@@ -132,6 +132,26 @@ TEST(NTextFileTest, LineReaderSplitsAtCrLfOrCrLf) {
     EXPECT_FALSE(reader.Next(&line));
     EXPECT_EQ(reader.LineNumber(), c.lines.size());
   }
+  // Line ends at every position around the 64 bytes tested at once, and
+  // past them, against a plain split.
+  for (std::size_t length = 0; length < 150; ++length) {
+    for (const std::string_view end : {"\r", "\n", "\r\n"}) {
+      const std::string text = std::string(length, 'x') + std::string(end) + std::string(length / 2, 'y') + "\n";
+      std::vector<std::string_view> expected;
+      for (std::size_t at = 0; at < text.size();) {
+        const std::size_t stop = text.find_first_of("\r\n", at);
+        expected.push_back(std::string_view(text).substr(at, stop - at));
+        at = stop + (text.compare(stop, 2, "\r\n") == 0 ? 2 : 1);
+      }
+      NLineReader reader(text);
+      std::string_view line;
+      for (const std::string_view want : expected) {
+        ASSERT_TRUE(reader.Next(&line)) << length;
+        ASSERT_EQ(line, want) << length;
+      }
+      EXPECT_FALSE(reader.Next(&line)) << length;
+    }
+  }
 }
 
 class NTextFileReadTest : public testing::Test {
