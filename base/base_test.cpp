@@ -72,6 +72,15 @@ TEST(NUnicodeStringTest, ConvertsFromAndToUtf8) {
   EXPECT_EQ(text, u"K\u00F6nig \U0001F600");
   EXPECT_EQ(text.ToUtf8(), "K\xC3\xB6nig \xF0\x9F\x98\x80");
   EXPECT_EQ(NUnicodeString::FromUtf8("a\xC0z"), u"a\uFFFDz");
+  // ASCII is widened sixteen bytes at a time: one byte that is not, in
+  // every position of a long text, still sends it to the decoder.
+  for (std::size_t at = 0; at < 40; ++at) {
+    std::string utf8(40, 'a');
+    utf8.replace(at, 1, "\xC3\xB6");
+    std::u16string expected(40, u'a');
+    expected[at] = u'\u00F6';
+    EXPECT_EQ(NUnicodeString::FromUtf8(utf8), expected) << at;
+  }
 }
 
 TEST(NUnicodeStringTest, IgnoreCaseEqualityAndHashAgree) {
