@@ -175,6 +175,8 @@ NIniFileKeyMap::NIniFileKeyMap() {
 }
 
 NIniFileKeyMap::~NIniFileKeyMap() {
+  // A table only loaded holds nothing of its own to delete.
+  if (m_heapValues == 0) return;
   for (Element& e : m_fixed) Destroy(e);
   for (Element& e : m_free) Destroy(e);
 }
@@ -184,7 +186,10 @@ void NIniFileKeyMap::Destroy(Element& element) {
   // Values made in the arena only borrow their bytes (they are replaced,
   // never changed), so they have nothing to free: the arena goes with the
   // table.
-  if (element.m_heap) delete element.m_data;
+  if (element.m_heap) {
+    delete element.m_data;
+    --m_heapValues;
+  }
   element.m_data = nullptr;
   element.m_heap = false;
 }
@@ -424,6 +429,7 @@ void NIniFileKeyMap::Put(std::string_view name, NIniFileData* data, bool heap, b
   Destroy(element);
   element.m_data = data;
   element.m_heap = heap;
+  if (heap) ++m_heapValues;
   element.m_changed = element.m_changed || markChanged;
 }
 

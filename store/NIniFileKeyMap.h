@@ -211,11 +211,12 @@ class NIniFileKeyMap {
   void IndexFrom(std::size_t first);
   static constexpr std::size_t kBatch = 256;
   void* AllocateBlock(std::size_t size, std::size_t alignment);
-  static void Destroy(Element& element);
+  void Destroy(Element& element);
 
   std::array<Element, kFixedCount> m_fixed;
   std::vector<Element> m_free;
   mutable NNameIndex m_index;
+  std::size_t m_heapValues = 0;  // elements whose data was allocated on its own
   mutable std::size_t m_hint = 0;      // the position after the element found last
   std::array<std::string, 2> m_texts;
   std::size_t m_textCount = 0;
