@@ -155,17 +155,21 @@ TEST_F(NIniFileKeyTest, DuplicatesFarApartKeepTheFirstPlaceAndTheLastValue) {
   // Enough records that a name and its repeat are read in different
   // batches; a personal name repeated goes to its fixed place.
   std::string text(kBom);
-  for (int i = 0; i < 700; ++i) text += "D:\"n" + std::to_string(i) + "\"=0000000" + (i % 16 == 0 ? "0" : "1") + "\r\n";
+  auto dword = [&text](int i, std::string_view value) {
+    text.append("D:\"n").append(std::to_string(i)).append("\"=").append(value).append("\r\n");
+  };
+  for (int i = 0; i < 700; ++i) dword(i, i % 16 == 0 ? "00000000" : "00000001");
   text += "S:\"Username\"=first\r\n";
-  for (int i = 0; i < 700; i += 7) text += "D:\"n" + std::to_string(i) + "\"=0000abcd\r\n";
+  for (int i = 0; i < 700; i += 7) dword(i, "0000abcd");
   text += "S:\"Username\"=last\r\n";
   Write("k.ini", text);
   auto key = Open("k");
   ASSERT_EQ(key->LoadReport().invalidLine, 0u) << key->LoadReport().problem;
   EXPECT_EQ(key->Values().ValueCount(), 701u);
+  auto name = [](int i) { return std::string(1, 'n').append(std::to_string(i)); };
   for (int i = 0; i < 700; ++i) {
     const std::uint32_t expected = i % 7 == 0 ? 0xabcdu : (i % 16 == 0 ? 0u : 1u);
-    ASSERT_EQ(Dword(*key, NUnicodeString::FromUtf8("n" + std::to_string(i))), expected) << i;
+    ASSERT_EQ(Dword(*key, NUnicodeString::FromUtf8(name(i))), expected) << i;
   }
   NUnicodeString user;
   ASSERT_TRUE(key->GetStringValue(u"Username", &user));
@@ -174,7 +178,7 @@ TEST_F(NIniFileKeyTest, DuplicatesFarApartKeepTheFirstPlaceAndTheLastValue) {
   key->Values().ForEach([&](const NIniFileKeyMap::Element& e) { order.emplace_back(e.Name()); });
   ASSERT_EQ(order.size(), 701u);
   EXPECT_EQ(order.front(), "Username");
-  for (int i = 0; i < 700; ++i) ASSERT_EQ(order[static_cast<std::size_t>(i) + 1], "n" + std::to_string(i));
+  for (int i = 0; i < 700; ++i) ASSERT_EQ(order[static_cast<std::size_t>(i) + 1], name(i));
 }
 
 TEST_F(NIniFileKeyTest, GettersMatchNameExactlyAndKindStrictly) {
