@@ -72,14 +72,24 @@ TEST(NUnicodeStringTest, ConvertsFromAndToUtf8) {
   EXPECT_EQ(text, u"K\u00F6nig \U0001F600");
   EXPECT_EQ(text.ToUtf8(), "K\xC3\xB6nig \xF0\x9F\x98\x80");
   EXPECT_EQ(NUnicodeString::FromUtf8("a\xC0z"), u"a\uFFFDz");
-  // ASCII is widened sixteen bytes at a time: one byte that is not, in
-  // every position of a long text, still sends it to the decoder.
-  for (std::size_t at = 0; at < 40; ++at) {
-    std::string utf8(40, 'a');
-    utf8.replace(at, 1, "\xC3\xB6");
-    std::u16string expected(40, u'a');
-    expected[at] = u'\u00F6';
-    EXPECT_EQ(NUnicodeString::FromUtf8(utf8), expected) << at;
+  // ASCII is widened in blocks that overlap at the end: every length comes
+  // out whole, and one byte that is not ASCII, wherever it is, still sends
+  // the text to the decoder.
+  for (std::size_t length = 0; length < 40; ++length) {
+    std::string ascii;
+    std::u16string wide;
+    for (std::size_t i = 0; i < length; ++i) {
+      ascii.push_back(static_cast<char>('a' + i % 26));
+      wide.push_back(static_cast<char16_t>(u'a' + i % 26));
+    }
+    EXPECT_EQ(NUnicodeString::FromUtf8(ascii), wide) << length;
+    for (std::size_t at = 0; at < length; ++at) {
+      std::string utf8 = ascii;
+      utf8.replace(at, 1, "\xC3\xB6");
+      std::u16string expected = wide;
+      expected[at] = u'\u00F6';
+      ASSERT_EQ(NUnicodeString::FromUtf8(utf8), expected) << length << " " << at;
+    }
   }
 }
 
