@@ -142,6 +142,26 @@ std::vector<NField> CollectFields(const NSessionFolder& folder) {
   return fields;
 }
 
+// Whether the folder at `root` must be written: its marker does not hold
+// `expected`. A folder this benchmark made (it has a marker) that holds
+// something else is removed whole first; no other folder is.
+bool MustWrite(const fs::path& root, const std::string& expected) {
+  const fs::path marker = root / kMarkerName;
+  if (ReadWhole(marker) == expected) return false;
+  std::error_code ignored;
+  if (fs::exists(marker, ignored)) fs::remove_all(root, ignored);
+  return true;
+}
+
+// The sessions of the folder at `root`, each file read once through so that
+// every walk finds them cached.
+std::unique_ptr<NSessionFolder> CollectCached(const fs::path& root) {
+  auto folder = std::make_unique<NSessionFolder>(CollectSessions(root));
+  std::string raw;
+  for (const NUnicodeString& file : folder->files) ReadLocked(NPlatform::Default(), file, &raw);
+  return folder;
+}
+
 // Generated on first use and reused by later runs while its marker names the
 // same count and seed; read once through so that every walk finds it cached.
 const NSessionFolder& Folder(int sessions) {
@@ -149,24 +169,18 @@ const NSessionFolder& Folder(int sessions) {
   std::unique_ptr<NSessionFolder>& slot = folders[sessions];
   if (slot) return *slot;
   const fs::path root = fs::path(BenchDir()) / ("sessions-" + std::to_string(sessions));
-  const fs::path marker = root / kMarkerName;
   const std::string expected = std::to_string(sessions) + " " + std::to_string(kSeed) + "\n";
-  if (ReadWhole(marker) != expected) {
-    std::error_code ignored;
-    // Only a folder this benchmark made (it has a marker) is removed whole.
-    if (fs::exists(marker, ignored)) fs::remove_all(root, ignored);
+  if (MustWrite(root, expected)) {
     std::fprintf(stderr, "generating %d sessions in %s\n", sessions, root.c_str());
     NConfigFolderSpec settings;
     settings.root = root.string();
     settings.sessions = sessions;
     settings.seed = kSeed;
     NGenerateConfigFolder(settings);
-    std::ofstream(marker) << expected;
+    std::ofstream(root / kMarkerName) << expected;
   }
-  slot = std::make_unique<NSessionFolder>(CollectSessions(root));
+  slot = CollectCached(root);
   slot->fields = CollectFields(*slot);
-  std::string raw;
-  for (const NUnicodeString& file : slot->files) ReadLocked(NPlatform::Default(), file, &raw);
   return *slot;
 }
 
@@ -179,11 +193,8 @@ const NSessionFolder& RecordFolder(int sessions) {
   if (slot) return *slot;
   const NSessionFolder& source = Folder(sessions);
   const fs::path root = fs::path(BenchDir()) / ("records-" + std::to_string(sessions));
-  const fs::path marker = root / kMarkerName;
   const std::string expected = std::to_string(sessions) + " " + std::to_string(kSeed) + " records\n";
-  if (ReadWhole(marker) != expected) {
-    std::error_code ignored;
-    if (fs::exists(marker, ignored)) fs::remove_all(root, ignored);
+  if (MustWrite(root, expected)) {
     std::fprintf(stderr, "writing %d session records in %s\n", sessions, root.c_str());
     fs::create_directories(root);
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(fs::path(source.root) / "Sessions")) {
@@ -204,11 +215,9 @@ const NSessionFolder& RecordFolder(int sessions) {
         std::exit(1);
       }
     }
-    std::ofstream(marker) << expected;
+    std::ofstream(root / kMarkerName) << expected;
   }
-  slot = std::make_unique<NSessionFolder>(CollectSessions(root));
-  std::string raw;
-  for (const NUnicodeString& file : slot->files) ReadLocked(NPlatform::Default(), file, &raw);
+  slot = CollectCached(root);
   return *slot;
 }
 

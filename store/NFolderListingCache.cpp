@@ -30,7 +30,7 @@ NStatus NFolderListingCache::List(NPlatform& platform, std::u16string_view folde
                                          [](const auto& a, const auto& b) { return a.second.age < b.second.age; });
     m_listings.erase(oldest);
   }
-  Listing& listing = m_listings[std::u16string(folder)];
+  Listing& listing = known != m_listings.end() ? known->second : m_listings[std::u16string(folder)];
   listing.stamp = stamp;
   listing.names.clear();
   for (const NFolderEntry& entry : *listed) listing.names.insert(entry.name);
