@@ -8,6 +8,7 @@
 #include <memory>
 #include <thread>
 
+#include "bench/NBareReader.h"
 #include "config/GlobalConfig.h"
 #include "config/NConfigEntry.h"
 #include "platform/NPlatform.h"
@@ -20,10 +21,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-
-// The range a key's lock covers, as the store takes it.
-constexpr std::uint64_t kLockOffset = 0;
-constexpr std::uint64_t kLockLength = 4;
 
 std::unique_ptr<NIniFileStoreFactory> g_factory;
 NProfileStoreFactory* Factory() { return g_factory.get(); }
@@ -50,19 +47,11 @@ const fs::path& GlobalFolder() {
 }
 
 void BM_GlobalFloorOpenLockReadClose(benchmark::State& state) {
-  const NUnicodeString path = NUnicodeString::FromUtf8((GlobalFolder() / "global.ini").string());
-  NPlatform& platform = NPlatform::Default();
-  std::string raw;
+  const std::string path = (GlobalFolder() / "global.ini").string();
+  NBareReader reader;
+  std::string_view raw;
   for (auto _ : state) {
-    NOpenOptions options;
-    options.noFollow = true;
-    std::unique_ptr<NFile> file;
-    if (!platform.OpenFile(path, options, &file) ||
-        !file->Lock(kLockOffset, kLockLength, NLockKind::kShared, NIniFileStoreOptions().lockWarning)) {
-      state.SkipWithError("global.ini could not be opened and locked");
-      return;
-    }
-    if (!NTextFile(*file).Read(&raw) || !file->Unlock(kLockOffset, kLockLength)) {
+    if (!reader.Read(path, &raw)) {
       state.SkipWithError("global.ini could not be read");
       return;
     }

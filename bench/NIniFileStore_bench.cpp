@@ -18,6 +18,7 @@
 
 #include "base/NStringArray.h"
 #include "base/NUnicodeString.h"
+#include "bench/NBareReader.h"
 #include "bench/NConfigFolderGenerator.h"
 #include "config/NSessionTree.h"
 #include "config/SessionConfig.h"
@@ -71,6 +72,7 @@ struct NSessionFolder {
   std::string root;
   std::vector<NKeyPath> keys;
   std::vector<NUnicodeString> files;
+  std::vector<std::string> systemFiles;  // the same files, for the floor's system calls
   std::uint64_t bytes = 0;
   // Every name and kind the sessions use: the session record's fields.
   std::vector<NField> fields;
@@ -95,6 +97,7 @@ NSessionFolder CollectSessions(const fs::path& root) {
     if (!key.Append(NUnicodeString::FromUtf8(path.substr(0, path.size() - 4)), true)) continue;
     NUnicodeString file = key.Under(root16, platform.PathSeparator());
     file += u".ini";
+    folder.systemFiles.push_back(file.ToUtf8());
     folder.files.push_back(std::move(file));
     folder.keys.push_back(std::move(key));
   }
@@ -257,14 +260,14 @@ template <bool kRecords>
 void FloorOpenLockReadClose(benchmark::State& state) {
   const NSessionFolder* folder = FolderOrSkip(state, kRecords);
   if (!folder) return;
-  NPlatform& platform = NPlatform::Default();
-  std::string raw;
+  NBareReader reader;
   NWalkClock clock;
   for (auto _ : state) {
     clock.Start();
     std::uint64_t bytes = 0;
-    for (const NUnicodeString& file : folder->files) {
-      if (!ReadLocked(platform, file, &raw)) {
+    for (const std::string& file : folder->systemFiles) {
+      std::string_view raw;
+      if (!reader.Read(file, &raw)) {
         state.SkipWithError("a session file could not be read");
         return;
       }
@@ -283,26 +286,22 @@ void BM_RecordFloorOpenLockReadClose(benchmark::State& state) { FloorOpenLockRea
 void BM_FloorPlusSplit(benchmark::State& state) {
   const NSessionFolder* folder = FolderOrSkip(state);
   if (!folder) return;
-  NPlatform& platform = NPlatform::Default();
-  std::string raw;
+  NBareReader reader;
   std::uint64_t lines = 0;
   NWalkClock clock;
   for (auto _ : state) {
     clock.Start();
     lines = 0;
-    for (const NUnicodeString& file : folder->files) {
-      if (!ReadLocked(platform, file, &raw)) {
+    for (const std::string& file : folder->systemFiles) {
+      std::string_view raw;
+      if (!reader.Read(file, &raw)) {
         state.SkipWithError("a session file could not be read");
         return;
       }
-      NTextFile::Encoding encoding;
-      std::string text = NTextFile::Decode(std::move(raw), &encoding);
-      NLineReader reader(text);
+      NLineReader split(raw);
       std::string_view line;
-      while (reader.Next(&line)) benchmark::DoNotOptimize(line.data());
-      lines += reader.LineNumber();
-      // The clean UTF-8 text is the read buffer itself; hand it back for the next file.
-      raw = std::move(text);
+      while (split.Next(&line)) benchmark::DoNotOptimize(line.data());
+      lines += split.LineNumber();
     }
     benchmark::DoNotOptimize(lines);
     clock.Stop();
@@ -394,6 +393,7 @@ void StoreWalk(benchmark::State& state) {
   }
   clock.SetCounters(state, folder->files.size(), folder->bytes);
   state.counters["values_per_file"] = static_cast<double>(values) / static_cast<double>(folder->files.size());
+  state.counters["fields"] = static_cast<double>(folder->fields.size());
 }
 
 // Every key loaded and every field of the record read by name.
@@ -565,6 +565,7 @@ struct NSaveFolder {
   std::string root;
   std::vector<NKeyPath> keys;
   std::vector<NUnicodeString> files;
+  std::vector<std::string> systemFiles;  // the same files, for the floor's system calls
   std::uint64_t bytes = 0;
 };
 

@@ -60,6 +60,22 @@ class NFile {
 
   virtual NStatus GetInfo(NFileInfo* info) = 0;
 
+  // The file's size, for sizing a read buffer: where the handle already
+  // knows it (from its opening, with nothing written through it since), no
+  // system call. Another process may change the file at any time, so it is
+  // only a hint.
+  virtual NStatus SizeHint(std::uint64_t* size) {
+    NFileInfo info;
+    NStatus status = GetInfo(&info);
+    if (status) *size = info.size;
+    return status;
+  }
+
+  // Whether closing the handle releases its locks at once, so that a reader
+  // done with the file may skip the Unlock. Windows frees them on close only
+  // when the system gets round to it.
+  virtual bool ClosingUnlocksAtOnce() const { return false; }
+
   // Flushes the file's data to the disk.
   virtual NStatus Sync() = 0;
 };

@@ -179,8 +179,10 @@ bool NIniFileKey::LoadFile(Map& map, std::u16string_view root, FileState* state,
   if (status) status = LockWithWarning(*file, NLockKind::kShared);
   if (status) {
     status = NTextFile(*file).Read(&raw);
-    NStatus unlocked = file->Unlock(kLockOffset, kLockLength);
-    if (status) status = std::move(unlocked);
+    if (!file->ClosingUnlocksAtOnce()) {
+      NStatus unlocked = file->Unlock(kLockOffset, kLockLength);
+      if (status) status = std::move(unlocked);
+    }
   }
   if (!status) {
     NReportStatus(status, params);

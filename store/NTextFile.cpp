@@ -71,13 +71,13 @@ std::string NTextFile::DecodeTaking(std::string* raw, Encoding* encoding, bool* 
 
 NStatus NTextFile::Read(std::string* raw) {
   if (!m_file) return NStatus::Error(NStatus::kInvalidHandle, "read");
-  NFileInfo info;
-  if (NStatus status = m_file->GetInfo(&info); !status) return status;
-  if (info.size > kMaxFileSize) return NStatus::Error(NStatus::kNotEnoughMemory, "read (file too large)");
+  std::uint64_t size = 0;
+  if (NStatus status = m_file->SizeHint(&size); !status) return status;
+  if (size > kMaxFileSize) return NStatus::Error(NStatus::kNotEnoughMemory, "read (file too large)");
   // Blocks of 4096 bytes into a buffer of the file's size and one spare
   // byte: the size is only a hint, as another writer may change the file,
   // and the spare byte tells a file that grew, which is then read on.
-  raw->resize(static_cast<size_t>(info.size) + 1);
+  raw->resize(static_cast<size_t>(size) + 1);
   size_t at = 0;
   for (;;) {
     if (at == raw->size()) {

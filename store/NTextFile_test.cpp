@@ -245,6 +245,26 @@ TEST_F(NTextFileReadTest, ReadTakesTheWholeFileAcrossBlocks) {
   }
 }
 
+TEST_F(NTextFileReadTest, AFileChangedAfterItsOpeningIsReadAsItIsNow) {
+  const std::filesystem::path path = m_folder / "key.txt";
+  for (const std::size_t after : {std::size_t{0}, std::size_t{10}, NTextFile::kBlockSize + 1, 3 * NTextFile::kBlockSize}) {
+    SCOPED_TRACE(after);
+    {
+      std::ofstream out(path, std::ios::binary | std::ios::trunc);
+      out << Filler(NTextFile::kBlockSize);
+    }
+    std::unique_ptr<NFile> file;
+    ASSERT_TRUE(NPlatform::Default().OpenFile(path.u16string(), {}, &file).IsOk());
+    {
+      std::ofstream out(path, std::ios::binary | std::ios::trunc);
+      out << Filler(after);
+    }
+    std::string raw;
+    ASSERT_TRUE(NTextFile(*file).Read(&raw).IsOk());
+    EXPECT_TRUE(raw == Filler(after)) << raw.size();
+  }
+}
+
 TEST(NTextFileTest, EncodedPutsTheMarkFirstAndEndsLinesWithCrLf) {
   const struct {
     const char* name;

@@ -36,7 +36,8 @@ int SetLock(int fd, int command, struct flock* lock) {
 
 }  // namespace
 
-NPosixFile::NPosixFile(int fd, std::u16string path) : m_fd(fd), m_path(std::move(path)) {}
+NPosixFile::NPosixFile(int fd, std::u16string path, std::uint64_t size)
+    : m_fd(fd), m_path(std::move(path)), m_knownSize(size) {}
 
 NPosixFile::~NPosixFile() { ::close(m_fd); }
 
@@ -67,6 +68,7 @@ NStatus NPosixFile::Read(std::uint64_t offset, void* buffer, std::size_t size, s
 }
 
 NStatus NPosixFile::Write(std::uint64_t offset, const void* data, std::size_t size) {
+  m_knownSize = kUnknownSize;
   const auto* in = static_cast<const char*>(data);
   std::size_t done = 0;
   while (done < size) {
@@ -81,6 +83,7 @@ NStatus NPosixFile::Write(std::uint64_t offset, const void* data, std::size_t si
 }
 
 NStatus NPosixFile::Truncate(std::uint64_t length) {
+  m_knownSize = kUnknownSize;
   int result;
   do {
     result = ::ftruncate(m_fd, static_cast<off_t>(length));
@@ -129,6 +132,12 @@ NStatus NPosixFile::GetInfo(NFileInfo* info) {
   info->size = static_cast<std::uint64_t>(st.st_size);
   info->modifiedNanoseconds = static_cast<std::int64_t>(st.st_mtim.tv_sec) * 1000000000 + st.st_mtim.tv_nsec;
   info->fileId = static_cast<std::uint64_t>(st.st_ino);
+  return NStatus::Ok();
+}
+
+NStatus NPosixFile::SizeHint(std::uint64_t* size) {
+  if (m_knownSize == kUnknownSize) return NFile::SizeHint(size);
+  *size = m_knownSize;
   return NStatus::Ok();
 }
 

@@ -15,8 +15,10 @@
 // which matches how Windows locks behave.
 class NPosixFile final : public NFile {
  public:
-  // Takes ownership of `fd`. `path` is kept for error reports.
-  NPosixFile(int fd, std::u16string path);
+  // Takes ownership of `fd`. `path` is kept for error reports; `size` is
+  // the size just seen by the opener, or kUnknownSize.
+  static constexpr std::uint64_t kUnknownSize = ~std::uint64_t{0};
+  NPosixFile(int fd, std::u16string path, std::uint64_t size = kUnknownSize);
   ~NPosixFile() override;
 
   NStatus Read(std::uint64_t offset, void* buffer, std::size_t size, std::size_t* bytesRead) override;
@@ -26,6 +28,9 @@ class NPosixFile final : public NFile {
   NStatus Lock(std::uint64_t offset, std::uint64_t length, NLockKind kind, std::chrono::milliseconds timeout) override;
   NStatus Unlock(std::uint64_t offset, std::uint64_t length) override;
   NStatus GetInfo(NFileInfo* info) override;
+  NStatus SizeHint(std::uint64_t* size) override;
+  // The last close of an open file description drops its OFD locks.
+  bool ClosingUnlocksAtOnce() const override { return true; }
   NStatus Sync() override;
 
  private:
@@ -33,4 +38,5 @@ class NPosixFile final : public NFile {
 
   int m_fd;
   std::u16string m_path;
+  std::uint64_t m_knownSize;  // forgotten at the first change made through the handle
 };

@@ -142,10 +142,13 @@ NStatus NPosixPlatform::OpenFile(std::u16string_view path, const NOpenOptions& o
     if (error == ENOENT && options.anyMissingIsFile) return NStatus::Error(NStatus::kFileNotFound, "open", path);
     return Failure("open", path, systemPath, error == ELOOP && (options.noFollow || options.noLinks) ? EACCES : error);
   }
-  auto owned = std::make_unique<NPosixFile>(fd, std::u16string(path));
-
   struct stat st;
-  if (::fstat(fd, &st) != 0) return Failure("open", path);
+  if (::fstat(fd, &st) != 0) {
+    const int error = errno;
+    ::close(fd);
+    return Failure("open", path, error);
+  }
+  auto owned = std::make_unique<NPosixFile>(fd, std::u16string(path), static_cast<std::uint64_t>(st.st_size));
   // Windows cannot open a folder as a file; keep the two systems alike.
   if (!S_ISREG(st.st_mode)) return NStatus::Error(NStatus::kAccessDenied, "open", path);
   if (created && options.security == NFileSecurity::kOwnerOnly && ::fchmod(fd, kOwnerOnlyFile) != 0) {

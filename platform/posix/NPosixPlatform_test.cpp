@@ -329,6 +329,34 @@ TEST_F(NPosixPlatformTest, ModificationTimesKeepTheirNanoseconds) {
   EXPECT_EQ(info.modifiedNanoseconds, 978307200123456789);
 }
 
+TEST_F(NPosixPlatformTest, TheSizeHintIsTheSizeAtOpeningUntilTheHandleWrites) {
+  WriteText(Path("a"), "12345");
+  auto file = Open(Path("a"));
+  ASSERT_TRUE(file);
+  WriteText(Path("a"), "123456789");  // another writer, after the opening
+  std::uint64_t size = 0;
+  ASSERT_TRUE(file->SizeHint(&size).IsOk());
+  EXPECT_EQ(size, 5u) << "no system call for the hint";
+  ASSERT_TRUE(file->Write(9, "ab", 2).IsOk());
+  ASSERT_TRUE(file->SizeHint(&size).IsOk());
+  EXPECT_EQ(size, 11u);
+  ASSERT_TRUE(file->Truncate(1).IsOk());
+  ASSERT_TRUE(file->SizeHint(&size).IsOk());
+  EXPECT_EQ(size, 1u);
+}
+
+TEST_F(NPosixPlatformTest, ClosingAHandleFreesItsLocksAtOnce) {
+  WriteText(Path("a"), "contents");
+  auto reader = Open(Path("a"), NOpenMode::kExistingOnly, NFileAccess::kRead);
+  auto writer = Open(Path("a"), NOpenMode::kExistingOnly);
+  ASSERT_TRUE(reader && writer);
+  EXPECT_TRUE(reader->ClosingUnlocksAtOnce());
+  ASSERT_TRUE(reader->Lock(0, 4, NLockKind::kShared, 0ms).IsOk());
+  ASSERT_EQ(writer->Lock(0, 4, NLockKind::kExclusive, 0ms).Code(), NStatus::kWaitTimeout);
+  reader.reset();
+  EXPECT_TRUE(writer->Lock(0, 4, NLockKind::kExclusive, 0ms).IsOk());
+}
+
 // ---- Files and folders ---------------------------------------------------
 
 TEST_F(NPosixPlatformTest, SpecialFilesListAndCountAsOther) {
