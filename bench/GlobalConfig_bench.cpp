@@ -8,7 +8,7 @@
 #include <memory>
 #include <thread>
 
-#include "bench/NBareReader.h"
+#include "bench/NBareFile.h"
 #include "config/GlobalConfig.h"
 #include "config/NConfigEntry.h"
 #include "platform/NPlatform.h"

@@ -18,7 +18,7 @@
 
 #include "base/NStringArray.h"
 #include "base/NUnicodeString.h"
-#include "bench/NBareReader.h"
+#include "bench/NBareFile.h"
 #include "bench/NConfigFolderGenerator.h"
 #include "config/NSessionTree.h"
 #include "config/SessionConfig.h"
@@ -589,6 +589,7 @@ NSaveFolder CopyForSaving(const std::string& name) {
     copy.bytes += fs::file_size(to);
     NUnicodeString file = key.Under(root16, platform.PathSeparator());
     file += u".ini";
+    copy.systemFiles.push_back(file.ToUtf8());
     copy.files.push_back(std::move(file));
     copy.keys.push_back(key);
   }
@@ -598,24 +599,13 @@ NSaveFolder CopyForSaving(const std::string& name) {
 void BM_FloorCutWrite(benchmark::State& state) {
   const bool sync = state.range(0) != 0;
   const NSaveFolder folder = CopyForSaving(sync ? "floor-sync" : "floor-nosync");
-  NPlatform& platform = NPlatform::Default();
   std::vector<std::string> contents;
-  for (const NUnicodeString& file : folder.files) contents.push_back(ReadWhole(file.ToUtf8()));
-  NOpenOptions options;
-  options.mode = NOpenMode::kCreateIfMissing;
-  options.access = NFileAccess::kReadWrite;
-  options.noFollow = true;
+  for (const std::string& file : folder.systemFiles) contents.push_back(ReadWhole(file));
   NWalkClock clock;
   for (auto _ : state) {
     clock.Start();
-    for (std::size_t i = 0; i < folder.files.size(); ++i) {
-      std::unique_ptr<NFile> file;
-      bool ok = static_cast<bool>(platform.OpenFile(folder.files[i], options, &file));
-      ok = ok && file->Lock(kLockOffset, kLockLength, NLockKind::kExclusive, NIniFileStoreOptions().lockWarning);
-      ok = ok && file->Truncate(0) && file->Write(0, contents[i].data(), contents[i].size());
-      if (ok && sync) ok = static_cast<bool>(file->Sync());
-      ok = ok && file->Unlock(kLockOffset, kLockLength);
-      if (!ok) {
+    for (std::size_t i = 0; i < folder.systemFiles.size(); ++i) {
+      if (!NBareRewrite(folder.systemFiles[i], contents[i], sync)) {
         state.SkipWithError("a session file could not be rewritten");
         return;
       }
