@@ -105,22 +105,17 @@ NUnicodeString NIniFileKey::FolderPath() const {
 
 NUnicodeString NIniFileKey::FilePath() const {
   if (m_path.IsRoot()) return {};  // the root holds sub-keys only
-  NUnicodeString path = FolderPath();
-  path += kKeyFileSuffix;
-  return path;
+  return m_path.Under(m_store.Root(), m_store.Platform().PathSeparator(), kKeyFileSuffix);
 }
 
 NUnicodeString NIniFileKey::PrivateFilePath() const {
   if (m_path.IsRoot() || m_store.PrivateRoot().empty()) return {};
-  NUnicodeString path = m_path.Under(m_store.PrivateRoot(), m_store.Platform().PathSeparator());
-  path += kKeyFileSuffix;
-  return path;
+  return m_path.Under(m_store.PrivateRoot(), m_store.Platform().PathSeparator(), kKeyFileSuffix);
 }
 
 NUnicodeString NIniFileKey::FileToSave(std::u16string_view root) const {
   NPlatform& platform = m_store.Platform();
-  NUnicodeString path = m_path.Under(root, platform.PathSeparator());
-  path += kKeyFileSuffix;
+  NUnicodeString path = m_path.Under(root, platform.PathSeparator(), kKeyFileSuffix);
   if (platform.GetPathKind(path) != NPathKind::kNone) return path;
   // Rewrite "global.ini" rather than make "Global.ini" beside it; a new file
   // goes into the folders that exist, whatever their case.
@@ -143,8 +138,7 @@ bool NIniFileKey::LoadFile(Map& map, std::u16string_view root, FileState* state,
   *report = NIniLoadReport();
   if (m_path.IsRoot() || root.empty()) return true;
   NPlatform& platform = m_store.Platform();
-  NUnicodeString path = m_path.Under(root, platform.PathSeparator());
-  path += kKeyFileSuffix;
+  NUnicodeString path = m_path.Under(root, platform.PathSeparator(), kKeyFileSuffix);
   NFolderListingCache* listings = m_store.Options().listings.get();
   if (listings) {
     // Its folder was listed without the file, in any case, and is as it was.

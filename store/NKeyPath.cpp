@@ -11,10 +11,17 @@ bool NKeyPath::IsValidName(std::u16string_view name) {
 }
 
 bool NKeyPath::Append(std::u16string_view path, bool allowSlash) {
+  const std::u16string_view separators = allowSlash ? std::u16string_view(u"\\/") : std::u16string_view(u"\\");
+  if (path.find_first_of(separators) == std::u16string_view::npos) {
+    // One name, as a sub-key is opened: nothing to undo if it is refused.
+    if (!IsValidName(path)) return false;
+    m_names.emplace_back(path);
+    return true;
+  }
   std::vector<NUnicodeString> added;
   size_t start = 0;
   for (;;) {
-    size_t end = path.find_first_of(allowSlash ? std::u16string_view(u"\\/") : std::u16string_view(u"\\"), start);
+    size_t end = path.find_first_of(separators, start);
     const std::u16string_view name = path.substr(start, end == std::u16string_view::npos ? end : end - start);
     if (!IsValidName(name)) return false;
     added.emplace_back(name);
@@ -40,11 +47,16 @@ NUnicodeString NKeyPath::Join(char16_t separator) const {
   return joined;
 }
 
-NUnicodeString NKeyPath::Under(std::u16string_view root, char16_t separator) const {
-  NUnicodeString path(root);
+NUnicodeString NKeyPath::Under(std::u16string_view root, char16_t separator, std::u16string_view suffix) const {
+  std::size_t size = root.size() + suffix.size();
+  for (const NUnicodeString& name : m_names) size += name.size() + 1;
+  NUnicodeString path;
+  path.reserve(size);  // one allocation: every key load builds its file's path
+  path.append(root);
   for (const NUnicodeString& name : m_names) {
     if (!path.empty() && path.back() != separator) path.push_back(separator);
     path += name;
   }
+  path += suffix;
   return path;
 }

@@ -32,8 +32,8 @@ class NKeyPath {
 
   // Names joined with `separator` (the key's display path uses "\").
   NUnicodeString Join(char16_t separator) const;
-  // `root`, then every name, with `separator` between.
-  NUnicodeString Under(std::u16string_view root, char16_t separator) const;
+  // `root`, then every name, with `separator` between, then `suffix`.
+  NUnicodeString Under(std::u16string_view root, char16_t separator, std::u16string_view suffix = {}) const;
 
  private:
   std::vector<NUnicodeString> m_names;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -31,9 +32,13 @@ class NNameIndex {
     m_groupMask = groups - 1;
     m_limit = groups * kGroupSize * 3 / 4;
     m_count = 0;
-    m_control.reset(new NControl[groups * kGroupSize]);
-    m_slots.reset(new std::uint32_t[groups * kGroupSize]);
-    std::fill_n(m_control.get(), groups * kGroupSize, kEmpty);
+    // One block for the slots and their control bytes: a key load makes
+    // an index, and each allocation counts.
+    const std::size_t slots = groups * kGroupSize;
+    m_memory.reset(new std::byte[slots * (sizeof(std::uint32_t) + sizeof(NControl))]);
+    m_slots = reinterpret_cast<std::uint32_t*>(m_memory.get());
+    m_control = reinterpret_cast<NControl*>(m_memory.get() + slots * sizeof(std::uint32_t));
+    std::fill_n(m_control, slots, kEmpty);
   }
 
   // Whether one more position fits without a Reset.
@@ -45,10 +50,10 @@ class NNameIndex {
   // The position whose name `same(position)` accepts, or kNone.
   template <typename Same>
   std::uint32_t Find(std::uint64_t hash, Same&& same) const {
-    if (!m_control) return kNone;
+    if (!m_memory) return kNone;
     const NControl tag = Tag(hash);
     for (std::size_t group = GroupOf(hash);; group = (group + 1) & m_groupMask) {
-      const NControl* control = m_control.get() + group * kGroupSize;
+      const NControl* control = m_control + group * kGroupSize;
       for (std::uint32_t hits = Matches(control, tag); hits; hits &= hits - 1) {
         const std::uint32_t position = m_slots[group * kGroupSize + static_cast<std::size_t>(__builtin_ctz(hits))];
         if (same(position)) return position;
@@ -61,7 +66,7 @@ class NNameIndex {
   // in the index already.
   void Insert(std::uint64_t hash, std::uint32_t position) {
     for (std::size_t group = GroupOf(hash);; group = (group + 1) & m_groupMask) {
-      NControl* control = m_control.get() + group * kGroupSize;
+      NControl* control = m_control + group * kGroupSize;
       if (const std::uint32_t empties = Matches(control, kEmpty)) {
         const std::size_t slot = static_cast<std::size_t>(__builtin_ctz(empties));
         control[slot] = Tag(hash);
@@ -78,7 +83,7 @@ class NNameIndex {
   std::uint32_t FindOrInsert(std::uint64_t hash, Same&& same, std::uint32_t position) {
     const NControl tag = Tag(hash);
     for (std::size_t group = GroupOf(hash);; group = (group + 1) & m_groupMask) {
-      NControl* control = m_control.get() + group * kGroupSize;
+      NControl* control = m_control + group * kGroupSize;
       for (std::uint32_t hits = Matches(control, tag); hits; hits &= hits - 1) {
         const std::uint32_t found = m_slots[group * kGroupSize + static_cast<std::size_t>(__builtin_ctz(hits))];
         if (same(found)) return found;
@@ -121,8 +126,9 @@ class NNameIndex {
 #endif
   }
 
-  std::unique_ptr<NControl[]> m_control;
-  std::unique_ptr<std::uint32_t[]> m_slots;
+  std::unique_ptr<std::byte[]> m_memory;
+  std::uint32_t* m_slots = nullptr;
+  NControl* m_control = nullptr;  // after the slots, in the same block
   std::size_t m_groupMask = 0;
   std::size_t m_limit = 0;
   std::size_t m_count = 0;
