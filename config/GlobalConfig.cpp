@@ -30,25 +30,25 @@ NUnicodeString GlobalConfig::ConvertTabState(std::u16string_view old, std::u16st
 }
 
 void GlobalConfig::Load(const NProfileKey& global, const NProfileKey* quickSync) {
+  ReadFields(global);
+  if (quickSync) m_quickSync.ReadFields(*quickSync);
   // The versioned fields: an older value is converted only when the new
   // name is absent, and is never written again under its old name.
   auto migrateTabState = [&](NProfileString& field, std::u16string_view oldName) {
     NUnicodeString old;
-    if (NHasValue(global, field.Name()) || !global.GetStringValue(oldName, &old)) return;
+    if (field.Found() || NHasValue(global, field.Name()) || !global.GetStringValue(oldName, &old)) return;
     field.Set(ConvertTabState(old, field.Default()));
     field.Touch();
   };
   migrateTabState(m_skeldonTabState, u"Skeldon Tab State");
   migrateTabState(m_parrowTabState, u"Parrow Tab State");
-  if (!IsTransferProduct() && !NHasValue(global, m_rememberedSessions.Name()) &&
+  if (!IsTransferProduct() && !m_rememberedSessions.Found() && !NHasValue(global, m_rememberedSessions.Name()) &&
       NHasValue(global, u"Remembered Sessions List")) {
     // Older versions kept the list as a multi-string already or as one
     // string of session paths separated by ";".
     m_rememberedSessions.Set(NReadListValue(global, u"Remembered Sessions List"));
     m_rememberedSessions.Touch();
   }
-  ReadFields(global);
-  if (quickSync) m_quickSync.ReadFields(*quickSync);
 }
 
 void GlobalConfig::Merge(const NProfileKey& key) {

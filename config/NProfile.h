@@ -207,10 +207,13 @@ class NProfile2 final : public NProfileData {
 
   bool Read(const NProfileKey& key) override {
     T value;
-    if (!Data::Read(key, Name(), &value)) return false;
-    Load(std::move(value));
-    return true;
+    m_found = Data::Read(key, Name(), &value);
+    if (m_found) Load(std::move(value));
+    return m_found;
   }
+  // Whether the last Read found the value: a record's own later steps ask
+  // this rather than read the value again.
+  bool Found() const { return m_found; }
   bool Write(NProfileKey& key, bool all) override {
     if (!all && !IsModified()) return true;
     if (!Data::Write(key, Name(), Get())) return false;
@@ -252,6 +255,7 @@ class NProfile2 final : public NProfileData {
   bool m_valueIsDefault = true;
   bool m_loadedIsValue = true;
   bool m_touched = false;
+  bool m_found = false;
 };
 
 template <typename T>

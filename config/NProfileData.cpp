@@ -52,8 +52,9 @@ bool NHasValue(const NProfileKey& key, std::u16string_view name) {
   NUnicodeString text;
   NStringArray strings;
   std::uint32_t length = 0;
-  return key.GetStringValue(name, &text) || key.GetDwordValue(name, &dword) || key.GetMultiStringValue(name, &strings) ||
-         key.GetBinaryValue(name, nullptr, &length);
+  // The kinds that copy nothing first.
+  return key.GetDwordValue(name, &dword) || key.GetBinaryValue(name, nullptr, &length) ||
+         key.GetStringValue(name, &text) || key.GetMultiStringValue(name, &strings);
 }
 
 NStringArray NReadListValue(const NProfileKey& key, std::u16string_view name) {

@@ -46,7 +46,7 @@ void SessionConfig::CarryForwardOlderNames(const NProfileKey& key) {
   // The newest name wins; an older one is read only when it is absent, and
   // then saved under the new name.
   auto carry = [&key](auto& field, std::u16string_view oldName) {
-    if (NHasValue(key, field.Name())) return;
+    if (field.Found() || NHasValue(key, field.Name())) return;
     using Field = std::remove_reference_t<decltype(field)>;
     Field older(nullptr, oldName);
     if (!older.Read(key)) return;
@@ -60,8 +60,9 @@ void SessionConfig::CarryForwardOlderNames(const NProfileKey& key) {
 }
 
 bool SessionConfig::Load(NProfileKey& key, NReportMessageParams& params) {
-  const bool migrated = MigrateLoginScript(key);
   ReadFields(key);
+  const bool migrated = !m_loginScriptStrings.Found() && MigrateLoginScript(key);
+  if (migrated) m_loginScriptStrings.Read(key);
   CarryForwardOlderNames(key);
   m_connect.ReadFields(key);
   m_terminal.Load(key);

@@ -197,6 +197,31 @@ TEST_F(SessionConfigTest, OlderNamesCarryForwardOnlyWhenTheNewestIsAbsent) {
   EXPECT_EQ(switching, 0u);
 }
 
+TEST_F(SessionConfigTest, ANewestNameHeldAsAnotherKindStillBlocksTheOlderOnes) {
+  {
+    auto key = Session();
+    key->SetStringValue(u"Keymap v3", u"not a list");
+    key->SetStringValue(u"Keymap", u"F1=help");
+    key->SetStringValue(u"Enable 80-132 Column Switching", u"yes");
+    key->SetDwordValue(u"Enable 80/132 Column Switching", 0);
+    key->SetStringValue(u"Login Script V3", u"not a list");
+    key->SetStringValue(u"Login Script", u"login:\tme");
+    key->SetDwordValue(u"Monitor Password V2", 7);
+    key->SetStringValue(u"Monitor Password", u"old-secret");
+    ASSERT_TRUE(key->Flush());
+  }
+  auto loaded = Loaded();
+  EXPECT_TRUE(loaded->m_terminal.m_keymap.Get().empty());
+  EXPECT_FALSE(loaded->m_terminal.m_keymap.IsModified());
+  EXPECT_FALSE(loaded->m_terminal.m_enableColumnSwitching.IsModified());
+  EXPECT_TRUE(loaded->LoginScript().IsEmpty());
+  EXPECT_EQ(loaded->m_monitorPassword.Get().Stored(), u"");
+  EXPECT_FALSE(loaded->IsModified());
+  NUnicodeString old;
+  ASSERT_TRUE(Session()->GetStringValue(u"Login Script", &old));
+  EXPECT_EQ(old, u"login:\tme") << "no conversion was written";
+}
+
 TEST_F(SessionConfigTest, ASaveRefusingAValueWritesNothing) {
   SessionConfig config;
   config.m_titleBar = NUnicodeString(u"two\nlines");

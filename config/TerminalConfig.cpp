@@ -39,9 +39,10 @@ TerminalConfig::TerminalConfig() : NProfileRecord(104) {}
 
 void TerminalConfig::Load(const NProfileKey& key) {
   constexpr std::u16string_view kOldColumnSwitching = u"Enable 80/132 Column Switching";
-  const bool hasKeymap = NHasValue(key, m_keymap.Name());
-  const bool hasColumnSwitching = NHasValue(key, m_enableColumnSwitching.Name());
   ReadFields(key);
+  // Present under another kind counts too: such a value is not replaced.
+  const bool hasKeymap = m_keymap.Found() || NHasValue(key, m_keymap.Name());
+  const bool hasColumnSwitching = m_enableColumnSwitching.Found() || NHasValue(key, m_enableColumnSwitching.Name());
   m_emulation.Load(CanonicalEmulation(m_emulation.Get()));
 
   // Older keymaps: "Keymap v2", else "Keymap", each a list of mappings.
