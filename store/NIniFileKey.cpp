@@ -530,8 +530,8 @@ NStatus RemoveKeyFiles(NPlatform& platform, std::u16string_view root, const NKey
 }  // namespace
 
 bool NIniFileKey::DeleteSubKey(std::u16string_view name, NReportMessageParams& params) {
-  NKeyPath path = m_path;
-  if (!path.Append(name)) {
+  NKeyPath path;
+  if (!m_path.Child(name, &path)) {
     NReportStatus(NStatus::Error(NStatus::kInvalidParameter, "delete key (not a valid key name)", name), params);
     return false;
   }
@@ -571,8 +571,8 @@ bool NIniFileKey::SubKeyExists(std::u16string_view name) const {
 }
 
 std::unique_ptr<NProfileKey> NIniFileKey::OpenSubKey(std::u16string_view name, NReportMessageParams& params) {
-  NKeyPath path = m_path;
-  if (!path.Append(name)) {
+  NKeyPath path;
+  if (!m_path.Child(name, &path)) {
     NReportStatus(NStatus::Error(NStatus::kInvalidParameter, "open key (not a valid key name)", name), params);
     return nullptr;
   }
@@ -580,8 +580,8 @@ std::unique_ptr<NProfileKey> NIniFileKey::OpenSubKey(std::u16string_view name, N
 }
 
 std::unique_ptr<NIniFileKey> NIniFileKey::OpenFolderSubKey(std::u16string_view name) const {
-  NKeyPath path = m_path;
-  if (!path.Append(name)) return nullptr;
+  NKeyPath path;
+  if (!m_path.Child(name, &path)) return nullptr;
   std::unique_ptr<NIniFileKey> key(new NIniFileKey(m_store, std::move(path), m_readOnly));
   key->m_map = std::make_unique<Map>();
   ++key->m_tableGeneration;

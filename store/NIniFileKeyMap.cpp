@@ -176,9 +176,15 @@ NIniFileKeyMap::NIniFileKeyMap() {
 
 NIniFileKeyMap::~NIniFileKeyMap() {
   // A table only loaded holds nothing of its own to delete.
-  if (m_heapValues == 0) return;
-  for (Element& e : m_fixed) Destroy(e);
-  for (Element& e : m_free) Destroy(e);
+  if (m_heapValues != 0) {
+    for (Element& e : m_fixed) Destroy(e);
+    for (Element& e : m_free) Destroy(e);
+  }
+  while (m_lastBlock) {
+    char* block = m_lastBlock;
+    std::memcpy(&m_lastBlock, block, sizeof m_lastBlock);
+    delete[] block;
+  }
 }
 
 void NIniFileKeyMap::Destroy(Element& element) {
@@ -202,7 +208,7 @@ int NIniFileKeyMap::FixedIndex(std::string_view name) {
 }
 
 std::string_view NIniFileKeyMap::AdoptText(std::string text, std::size_t skip) {
-  if (m_blocks.empty()) m_nextBlock = ArenaSize(text.size());
+  if (!m_lastBlock) m_nextBlock = ArenaSize(text.size());
   const std::size_t expected = m_free.size() + ExpectedRecords(text.size());
   if (expected > m_free.capacity()) m_free.reserve(expected);
   if (kFixedCount + expected > m_index.Limit()) Rebuild(kFixedCount + expected);
@@ -213,8 +219,12 @@ std::string_view NIniFileKeyMap::AdoptText(std::string text, std::size_t skip) {
 
 void* NIniFileKeyMap::AllocateBlock(std::size_t size, std::size_t alignment) {
   const std::size_t block = std::max({m_nextBlock, size + alignment, std::size_t{512}});
-  m_blocks.push_back(std::unique_ptr<char[]>(new char[block]));
-  m_cursor = m_blocks.back().get();
+  // Each block begins with a link to the one before: no list of blocks to
+  // allocate besides.
+  char* memory = new char[kBlockLink + block];
+  std::memcpy(memory, &m_lastBlock, sizeof m_lastBlock);
+  m_lastBlock = memory;
+  m_cursor = memory + kBlockLink;
   m_left = block;
   m_nextBlock = block * 2;
   return Allocate(size, alignment);

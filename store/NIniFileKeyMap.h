@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -221,8 +222,11 @@ class NIniFileKeyMap {
   std::array<std::string, 2> m_texts;
   std::size_t m_textCount = 0;
   std::vector<std::unique_ptr<char[]>> m_ownedNames;
-  // The arena's blocks; the first is sized from the first text.
-  std::vector<std::unique_ptr<char[]>> m_blocks;
+  // The arena's blocks, newest first, each linked to the one before in its
+  // first bytes (kept aligned for what follows); the first block is sized
+  // from the first text.
+  static constexpr std::size_t kBlockLink = alignof(std::max_align_t);
+  char* m_lastBlock = nullptr;
   char* m_cursor = nullptr;
   std::size_t m_left = 0;
   std::size_t m_nextBlock = 0;

@@ -1,5 +1,7 @@
 #include "store/NKeyPath.h"
 
+#include <algorithm>
+
 bool NKeyPath::IsValidName(std::u16string_view name) {
   if (name.empty() || name == u"." || name == u"..") return false;
   if (name.back() == u'.' || name.back() == u' ') return false;
@@ -30,6 +32,14 @@ bool NKeyPath::Append(std::u16string_view path, bool allowSlash) {
   }
   for (NUnicodeString& name : added) m_names.push_back(std::move(name));
   return true;
+}
+
+bool NKeyPath::Child(std::u16string_view path, NKeyPath* child) const {
+  const auto added = static_cast<std::size_t>(std::count(path.begin(), path.end(), u'\\')) + 1;
+  child->m_names.clear();
+  child->m_names.reserve(m_names.size() + added);
+  child->m_names.insert(child->m_names.end(), m_names.begin(), m_names.end());
+  return child->Append(path);
 }
 
 NKeyPath NKeyPath::Parent() const {

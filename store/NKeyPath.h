@@ -16,6 +16,10 @@ class NKeyPath {
   // Splits `path` at "\" (and "/" when `allowSlash`) and appends each name;
   // false, leaving this path as it was, when any name is not valid.
   bool Append(std::u16string_view path, bool allowSlash = false);
+  // This path with `path` appended (as Append does, "\" between names) in
+  // `child`, made with room for the added names from the start; false when
+  // any name is not valid.
+  bool Child(std::u16string_view path, NKeyPath* child) const;
 
   // A single name that a key may have: not empty, not "." or "..", not
   // ending in a dot or a space (Windows would strip them and two names would
