@@ -87,21 +87,28 @@ inline std::uint64_t HashWords(std::uint64_t low, std::uint64_t high, std::size_
   return Mix(low ^ kLowKey ^ offset, high ^ kHighKey);
 }
 
+// Where the two chunks of a name of 8 to 32 bytes begin: the first chunk's
+// second word and the last chunk (offsets chosen by selects rather than
+// branches, as lengths vary from name to name and either side of 16 about
+// equally). Under 16 bytes both chunks are the same two overlapping words,
+// told apart by their offsets.
+inline std::size_t SecondWord(std::size_t size) { return size < 16 ? size - 8 : 8; }
+inline std::size_t LastChunk(std::size_t size) { return size < 16 ? 0 : size - 16; }
+constexpr std::size_t kLastChunkOffset = 32;
+
 inline std::uint64_t Hash(std::string_view name) {
   const char* p = name.data();
   const std::size_t size = name.size();
-  if (size >= 16) {
+  if (size - 8 <= 24) {
+    const std::size_t last = LastChunk(size);
+    return size ^ HashWords(Load8(p), Load8(p + SecondWord(size)), 0) ^
+           HashWords(Load8(p + last), Load8(p + size - 8), last + kLastChunkOffset);
+  }
+  if (size > 32) {
     std::uint64_t hash = size ^ HashWords(Load8(p + size - 16), Load8(p + size - 8), size - 16);
-    if (size <= 32) {
-      // The first chunk counts only when it is not the last: chosen by a
-      // mask rather than a branch, as lengths vary from name to name.
-      const std::uint64_t first = HashWords(Load8(p), Load8(p + 8), 0);
-      return hash ^ (first & (std::uint64_t{0} - static_cast<std::uint64_t>(size > 16)));
-    }
     for (std::size_t i = 0; i + 16 < size; i += 16) hash ^= HashWords(Load8(p + i), Load8(p + i + 8), i);
     return hash;
   }
-  if (size >= 8) return HashWords(Load8(p), Load8(p + size - 8), size);
   std::uint64_t tail = 0;
   for (std::size_t i = 0; i < size; ++i) tail = tail << 8 | static_cast<unsigned char>(p[i]);
   return HashWords(tail, size, size);
@@ -125,16 +132,12 @@ inline bool HashWide(std::u16string_view name, std::uint64_t* hash) {
                        static_cast<std::uint64_t>(_mm_cvtsi128_si64(_mm_unpackhi_epi64(bytes, bytes))), offset);
     };
     std::uint64_t h;
-    if (size >= 16) {
-      h = size ^ chunk(size - 16, size - 8, size - 16);
-      if (size <= 32) {
-        const std::uint64_t first = chunk(0, 8, 0);
-        h ^= first & (std::uint64_t{0} - static_cast<std::uint64_t>(size > 16));
-      } else {
-        for (std::size_t i = 0; i + 16 < size; i += 16) h ^= chunk(i, i + 8, i);
-      }
+    if (size <= 32) {
+      const std::size_t last = LastChunk(size);
+      h = size ^ chunk(0, SecondWord(size), 0) ^ chunk(last, size - 8, last + kLastChunkOffset);
     } else {
-      h = chunk(0, size - 8, size);
+      h = size ^ chunk(size - 16, size - 8, size - 16);
+      for (std::size_t i = 0; i + 16 < size; i += 16) h ^= chunk(i, i + 8, i);
     }
     const __m128i high = _mm_and_si128(any, _mm_set1_epi16(static_cast<short>(0xFF80)));
     if (_mm_movemask_epi8(_mm_cmpeq_epi16(high, _mm_setzero_si128())) != 0xFFFF) return false;
