@@ -170,13 +170,25 @@ struct NProfileBinary {
 template <typename T, typename Data>
 class NProfile2 final : public NProfileData {
  public:
-  NProfile2(NProfileRecord* record, std::u16string_view name, T defaultValue = T())
+  // Records make hundreds of fields: each default is built in place, from
+  // nothing or from what the record passes (a text literal, say), never made
+  // first and moved, which costs a copy for a short string.
+  NProfile2(NProfileRecord* record, std::u16string_view name) : NProfileData(record, name), m_default() {}
+  NProfile2(NProfileRecord* record, std::u16string_view name, T defaultValue)
       : NProfileData(record, name), m_default(std::move(defaultValue)) {}
-  // Records declare hundreds of fields by literal: their names' lengths are
-  // known here rather than counted each time a record is made.
+  template <typename Arg, typename = std::enable_if_t<!std::is_same_v<std::decay_t<Arg>, T>>>
+  NProfile2(NProfileRecord* record, std::u16string_view name, Arg&& defaultValue)
+      : NProfileData(record, name), m_default(std::forward<Arg>(defaultValue)) {}
+  // Records declare their fields by literal: the names' lengths are known
+  // here rather than counted each time a record is made.
   template <std::size_t N>
-  NProfile2(NProfileRecord* record, const char16_t (&name)[N], T defaultValue = T())
+  NProfile2(NProfileRecord* record, const char16_t (&name)[N]) : NProfile2(record, std::u16string_view(name, N - 1)) {}
+  template <std::size_t N>
+  NProfile2(NProfileRecord* record, const char16_t (&name)[N], T defaultValue)
       : NProfile2(record, std::u16string_view(name, N - 1), std::move(defaultValue)) {}
+  template <std::size_t N, typename Arg, typename = std::enable_if_t<!std::is_same_v<std::decay_t<Arg>, T>>>
+  NProfile2(NProfileRecord* record, const char16_t (&name)[N], Arg&& defaultValue)
+      : NProfile2(record, std::u16string_view(name, N - 1), std::forward<Arg>(defaultValue)) {}
 
   const T& Get() const { return m_valueIsDefault ? m_default : m_value; }
   const T& Loaded() const { return m_loadedIsValue ? Get() : m_loaded; }
