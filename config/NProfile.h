@@ -218,9 +218,14 @@ class NProfile2 final : public NProfileData {
   void Touch() override { m_touched = true; }
 
   bool Read(const NProfileKey& key) override {
-    T value;
-    m_found = Data::Read(key, Name(), &value);
-    if (m_found) Load(std::move(value));
+    // Straight into the current value, whose room a string reuses: a storage
+    // kind leaves it untouched when the value is absent or unreadable.
+    m_found = Data::Read(key, Name(), &m_value);
+    if (m_found) {
+      m_valueIsDefault = false;
+      m_loadedIsValue = true;
+      m_touched = false;
+    }
     return m_found;
   }
   // Whether the last Read found the value: a record's own later steps ask

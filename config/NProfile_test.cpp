@@ -58,6 +58,19 @@ TEST_F(NProfileTest, MissingOrUnreadableValuesLeaveTheDefault) {
   EXPECT_EQ(record.m_rect.Get(), (NRect{1, 2, 3, 4}));
   EXPECT_EQ(record.m_when.Get().ticks, 0u);
   EXPECT_FALSE(record.IsModified());
+
+  // Values already set stay as they are, still modified.
+  ASSERT_TRUE(key->SetDwordValue(u"Text", 1));
+  NSampleRecord changed;
+  changed.m_count = 9;
+  changed.m_text = NUnicodeString(u"a text longer than a short string");
+  changed.m_when = NFileTime{5};
+  EXPECT_EQ(changed.ReadFields(*key), 0u);
+  EXPECT_EQ(changed.m_count.Get(), 9);
+  EXPECT_EQ(changed.m_text.Get(), u"a text longer than a short string");
+  EXPECT_EQ(changed.m_when.Get().ticks, 5u);
+  EXPECT_TRUE(changed.m_text.IsModified());
+  EXPECT_EQ(changed.m_text.Loaded(), u"default");
 }
 
 TEST_F(NProfileTest, SaveFlagSelectsWhetherUnchangedValuesAreWritten) {
