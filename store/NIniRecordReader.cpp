@@ -166,6 +166,11 @@ NIniRecordReader::Result NIniRecordReader::ReadBinary(NIniRecord* record) {
     const std::size_t room = total - filled;
     std::size_t taken = 0;
     std::size_t at = 0;
+    while (at + 16 <= line.size() && room - taken >= 8 && ReadPlainHexBytes16(line.data() + at, out + filled)) {
+      filled += 8;
+      taken += 8;
+      at += 16;
+    }
     while (at + 8 <= line.size() && room - taken >= 4 && ReadPlainHexBytes8(line.data() + at, out + filled)) {
       filled += 4;
       taken += 4;

@@ -252,6 +252,33 @@ TEST(NIniRecordReaderTest, BinaryDataLinesYieldExactlyTheCountedBytes) {
   }
 }
 
+// A long line of plain digits with one bad character at each place: the
+// bytes before it count, wherever it falls in a block of digits read at once.
+TEST(NIniRecordReaderTest, ABadCharacterAnywhereInALongLineEndsItsDataThere) {
+  const std::string digits = "0123456789abcdefABCDEF0f1e2d3c4b5a69788796a5b4c3d2e1f0";
+  auto decode = [](std::string_view hex) {
+    std::string out;
+    for (std::size_t i = 0; i + 1 < hex.size(); i += 2) {
+      out.push_back(static_cast<char>(std::stoi(std::string(hex.substr(i, 2)), nullptr, 16)));
+    }
+    return out;
+  };
+  const char bad[] = {'g', 'G', '/', ':', '@', '`', '-', '\x80', '\xFF', 'z', '\x7F', '\0'};
+  for (std::size_t at = 2; at <= digits.size(); ++at) {
+    std::string line = digits;
+    if (at < line.size()) line[at] = bad[at % sizeof bad];
+    const std::size_t good = at / 2;
+    char count[9] = "00000000";
+    const std::size_t value = good + 16;  // room for whole blocks, whatever the bad character leaves
+    for (int digit = 7, shift = 0; digit >= 0; --digit, shift += 4) count[digit] = "0123456789abcdef"[(value >> shift) & 0xF];
+    const std::string text = std::string("B:\"b\"=") + count + "\r\n" + line + "\r\n" + std::string(32, 'f') + "\r\n";
+    SCOPED_TRACE(at);
+    const NReadOutcome outcome = ReadAll(text);
+    ASSERT_EQ(outcome.records.size(), 1u) << outcome.problem;
+    EXPECT_EQ(outcome.records[0].bytes, decode(digits.substr(0, 2 * good)) + std::string(16, '\xFF'));
+  }
+}
+
 // The record keeps the block of string lines as one view; each line keeps
 // its leading space, which the key strips later.
 TEST(NIniRecordReaderTest, StringListTakesExactlyCountLinesEachBeginningWithASpace) {
