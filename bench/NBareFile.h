@@ -1,7 +1,6 @@
 #pragma once
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstddef>
@@ -14,7 +13,7 @@
 // calls alone. Nothing of the library runs, so the floors carry none of its
 // checks. POSIX only, as the benchmarks are.
 
-// Reads in the store's 4096-byte blocks until a short read, under a shared lock.
+// Locks the bytes a key's lock covers, without waiting.
 inline bool NBareLock(int fd, short type) {
   struct flock lock = {};
   lock.l_type = type;
@@ -24,6 +23,7 @@ inline bool NBareLock(int fd, short type) {
   return ::fcntl(fd, F_OFD_SETLK, &lock) == 0;
 }
 
+// Reads in the store's 4096-byte blocks until a short read, under a shared lock.
 class NBareReader {
  public:
   // The file's bytes, valid until the next Read; false when it cannot be
