@@ -235,12 +235,20 @@ void* NIniFileKeyMap::AllocateBlock(std::size_t size, std::size_t alignment) {
 
 namespace {
 
+NIniFileData* MakeDword(NIniFileKeyMap& map, std::uint32_t dword) {
+  return new (map.Allocate(sizeof(NIniFileDataDword))) NIniFileDataDword(dword);
+}
+
+NIniFileData* MakeString(NIniFileKeyMap& map, std::string_view text) {
+  return NIniFileDataString::Borrowing(map.Allocate(sizeof(NIniFileDataString)), text);
+}
+
 NIniFileData* MakeLoaded(NIniFileKeyMap& map, const NIniRecord& record) {
   switch (record.kind) {
     case 'D':
-      return new (map.Allocate(sizeof(NIniFileDataDword))) NIniFileDataDword(record.dword);
+      return MakeDword(map, record.dword);
     case 'S':
-      return NIniFileDataString::Borrowing(map.Allocate(sizeof(NIniFileDataString)), record.text);
+      return MakeString(map, record.text);
     case 'Z':
       return NIniFileDataStringSz::Borrowing(map.Allocate(sizeof(NIniFileDataStringSz)), record.text, record.count);
     default: {  // 'B'
@@ -276,8 +284,7 @@ NIniFileKeyMap::ReadResult NIniFileKeyMap::ReadRecords(std::string_view text) {
   };
   auto simple = [&](char kind, std::string_view name, std::uint32_t dword, std::string_view value) {
     if (name.empty()) return;  // discarded, as the format says
-    add(name, kind == 'D' ? static_cast<NIniFileData*>(new (Allocate(sizeof(NIniFileDataDword))) NIniFileDataDword(dword))
-                          : NIniFileDataString::Borrowing(Allocate(sizeof(NIniFileDataString)), value));
+    add(name, kind == 'D' ? MakeDword(*this, dword) : MakeString(*this, value));
   };
   for (;;) {
     reader.ReadSimple(simple);
@@ -306,21 +313,20 @@ void NIniFileKeyMap::IndexFrom(std::size_t first) {
   // is. From the first repeat on, a repeated name gives its new data to the
   // element it already has and the later element goes, the table compacted
   // in the same pass.
+  // The first loop is that common case alone, kept apart so that its body
+  // stays small.
   Element* const elements = m_free.data();
-  std::size_t i = 0;
-  for (; i < count; ++i) {
-    const std::uint32_t found = m_index.FindOrInsert(
+  auto findOrInsert = [&](std::size_t i, std::size_t position) {
+    return m_index.FindOrInsert(
         hashes[i],
         [this, name = elements[first + i].Name()](std::uint32_t at) { return SameNameOutOfLine(ElementAt(at).Name(), name); },
-        static_cast<std::uint32_t>(kFixedCount + first + i));
-    if (found != NNameIndex::kNone) break;
-  }
+        static_cast<std::uint32_t>(kFixedCount + position));
+  };
+  std::size_t i = 0;
+  while (i < count && findOrInsert(i, first + i) == NNameIndex::kNone) ++i;
   std::size_t kept = first + i;
   for (; i < count; ++i) {
-    const std::uint32_t found = m_index.FindOrInsert(
-        hashes[i],
-        [this, name = elements[first + i].Name()](std::uint32_t at) { return SameNameOutOfLine(ElementAt(at).Name(), name); },
-        static_cast<std::uint32_t>(kFixedCount + kept));
+    const std::uint32_t found = findOrInsert(i, kept);
     if (found == NNameIndex::kNone) {
       elements[kept++] = elements[first + i];
       continue;
