@@ -133,24 +133,3 @@ inline std::size_t NFindInWindow(const char* p, bool quotes) {
   return window;
 #endif
 }
-
-// The position of the first double quote, CR or LF in `bytes`, or its size.
-inline std::size_t NFindQuoteOrLineEnd(std::string_view bytes) {
-  const char* begin = bytes.data();
-  std::size_t i = 0;
-#if defined(__SSE2__)
-  const __m128i quote = _mm_set1_epi8('"');
-  const __m128i cr = _mm_set1_epi8('\r');
-  const __m128i lf = _mm_set1_epi8('\n');
-  for (; i + 16 <= bytes.size(); i += 16) {
-    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(begin + i));
-    const __m128i any = _mm_or_si128(_mm_cmpeq_epi8(block, quote),
-                                     _mm_or_si128(_mm_cmpeq_epi8(block, cr), _mm_cmpeq_epi8(block, lf)));
-    if (const int hits = _mm_movemask_epi8(any)) return i + static_cast<std::size_t>(__builtin_ctz(static_cast<unsigned>(hits)));
-  }
-#endif
-  for (; i < bytes.size(); ++i) {
-    if (begin[i] == '"' || begin[i] == '\r' || begin[i] == '\n') return i;
-  }
-  return bytes.size();
-}

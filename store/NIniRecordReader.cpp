@@ -80,41 +80,7 @@ NIniRecordReader::Result NIniRecordReader::Invalid(std::string problem) {
   return Result::kInvalid;
 }
 
-bool NIniRecordReader::NextSimple(NIniRecord* record) {
-  // The usual D and S records, read straight from the text: the name is
-  // scanned once and a DWORD's line end is right after its 8 digits, so the
-  // line needs no scan of its own. Anything unusual goes the general way,
-  // which gives the same result.
-  const std::string_view rest = m_lines.Rest();
-  const char* p = rest.data();
-  const char* end = p + rest.size();
-  if (rest.size() < 5 || p[1] != ':' || p[2] != '"' || (p[0] != 'D' && p[0] != 'S')) return false;
-  // Most names fit a 32-byte window; only what is left of the text may be read.
-  std::size_t nameLength = rest.size() >= 3 + 32 ? NFindInWindow<32>(p + 3, true) : 32;
-  if (nameLength == 32) nameLength = NFindQuoteOrLineEnd(std::string_view(p + 3, static_cast<std::size_t>(end - p - 3)));
-  const char* q = p + 3 + nameLength;
-  if (q + 1 >= end || *q != '"' || q[1] != '=') return false;
-  const char* value = q + 2;
-  std::size_t length;
-  if (p[0] == 'D') {
-    if (end - value < 8) return false;
-    if (end - value > 8 && value[8] != '\r' && value[8] != '\n') return false;
-    if (!NIniRecordReader::ReadPlainHex8(value, &record->dword)) return false;
-    length = static_cast<std::size_t>(value + 8 - p);
-  } else {
-    std::size_t valueLength = end - value >= 64 ? NFindInWindow<64>(value, false) : 64;
-    if (valueLength == 64) valueLength = NFindLineEnd(std::string_view(value, static_cast<std::size_t>(end - value)));
-    length = static_cast<std::size_t>(value - p) + valueLength;
-    record->text = std::string_view(value, static_cast<std::size_t>(p + length - value));
-  }
-  record->kind = p[0];
-  record->name = std::string_view(p + 3, static_cast<std::size_t>(q - p - 3));
-  m_lines.TakeLine(length);
-  return true;
-}
-
 NIniRecordReader::Result NIniRecordReader::Next(NIniRecord* record) {
-  if (NextSimple(record)) return Result::kRecord;
   std::string_view line;
   if (!m_lines.Next(&line)) return Result::kEnd;
   if (line.size() < 5 || (line.size() < 20 && CountUnits(line) < 5)) {

@@ -139,7 +139,6 @@ class NIniRecordReader {
 
  private:
   Result Invalid(std::string problem);
-  bool NextSimple(NIniRecord* record);
   Result ReadBinary(NIniRecord* record);
   Result ReadStrings(NIniRecord* record);
 

@@ -92,24 +92,8 @@ class NLineReader {
     return true;
   }
 
-  // The text not read yet. A caller that found where the next line ends
-  // itself takes it with TakeLine(its length), as Next would have.
+  // The text not read yet.
   std::string_view Rest() const { return m_text.substr(m_position); }
-  // Inline: the record reader calls it for every record.
-  void TakeLine(std::size_t length) {
-    const char* begin = m_text.data() + m_position;
-    const std::size_t left = m_text.size() - m_position;
-    ++m_lineNumber;
-    if (length == left) {
-      m_position = m_text.size();
-      m_unterminated = true;
-      return;
-    }
-    m_unterminated = false;
-    std::size_t next = length + 1;
-    if (begin[length] == '\r' && next < left && begin[next] == '\n') ++next;
-    m_position += next;
-  }
 
   // Takes `lines` whole lines, `bytes` long with their line ends, read by
   // a caller that scanned them itself.
@@ -127,6 +111,22 @@ class NLineReader {
   std::size_t Offset() const { return m_position; }
 
  private:
+  // Moves past the next line, `length` long, and its line end.
+  void TakeLine(std::size_t length) {
+    const char* begin = m_text.data() + m_position;
+    const std::size_t left = m_text.size() - m_position;
+    ++m_lineNumber;
+    if (length == left) {
+      m_position = m_text.size();
+      m_unterminated = true;
+      return;
+    }
+    m_unterminated = false;
+    std::size_t next = length + 1;
+    if (begin[length] == '\r' && next < left && begin[next] == '\n') ++next;
+    m_position += next;
+  }
+
   std::string_view m_text;
   std::size_t m_position = 0;
   std::size_t m_lineNumber = 0;
