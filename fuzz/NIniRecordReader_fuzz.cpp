@@ -109,7 +109,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   // the same records, lines and problem.
   NIniRecordReader fast(text);
   std::size_t at = 0;
-  auto same = [&](char kind, std::string_view name) {
+  auto same = [&](char kind, std::string_view name) -> const NIniRecord& {
     Check(at < read.size() && read[at].kind == kind && read[at].name == name);
     return read[at++];
   };
