@@ -211,13 +211,31 @@ int NIniFileKeyMap::FixedIndex(std::string_view name) {
 }
 
 std::string_view NIniFileKeyMap::AdoptText(std::string text, std::size_t skip) {
-  if (!m_lastBlock) m_nextBlock = ArenaSize(text.size());
-  const std::size_t expected = m_free.size() + ExpectedRecords(text.size());
+  const std::size_t records = ExpectedRecords(text.size());
+  // The first text of a table still empty is filtered; a second one, or
+  // one read into a table already changed, is indexed.
+  const bool filter = m_textCount == 0 && m_free.empty() && m_index.Count() == 0;
+  if (!m_lastBlock) {
+    m_nextBlock = ArenaSize(text.size());
+    if (filter) m_nextBlock += NNameFilter::WordsFor(kFixedCount + records) * sizeof(std::uint64_t);
+  }
+  const std::size_t expected = m_free.size() + records;
   if (expected > m_free.capacity()) m_free.reserve(expected);
-  if (kFixedCount + expected > m_index.Limit()) Rebuild(kFixedCount + expected);
+  if (filter) {
+    StartFilter(records);
+  } else if (m_filtering || kFixedCount + expected > m_index.Limit()) {
+    Rebuild(kFixedCount + expected);
+  }
   std::string& kept = m_texts.at(m_textCount++);
   kept = std::move(text);
   return std::string_view(kept).substr(skip);
+}
+
+void NIniFileKeyMap::StartFilter(std::size_t records) {
+  const std::size_t words = NNameFilter::WordsFor(kFixedCount + records);
+  m_filter.Reset(static_cast<std::uint64_t*>(Allocate(words * sizeof(std::uint64_t), alignof(std::uint64_t))), words);
+  for (const std::uint64_t hash : FixedHashes()) m_filter.Add(hash);
+  m_filtering = true;
 }
 
 void* NIniFileKeyMap::AllocateBlock(std::size_t size, std::size_t alignment) {
@@ -271,6 +289,13 @@ NIniFileKeyMap::ReadResult NIniFileKeyMap::ReadRecords(std::string_view text) {
   // and probing in a loop of their own overlap far better than between the
   // branches of the parse.
   std::size_t batch = m_free.size();
+  auto place = [this](std::size_t first) {
+    if (m_filtering) {
+      FilterFrom(first);
+    } else {
+      IndexFrom(first);
+    }
+  };
   auto add = [&](std::string_view name, NIniFileData* data) {
     Element element;
     element.m_name = name.data();
@@ -278,7 +303,7 @@ NIniFileKeyMap::ReadResult NIniFileKeyMap::ReadRecords(std::string_view text) {
     element.m_data = data;
     m_free.push_back(element);
     if (m_free.size() - batch == kBatch) {
-      IndexFrom(batch);
+      place(batch);
       batch = m_free.size();
     }
   };
@@ -291,7 +316,7 @@ NIniFileKeyMap::ReadResult NIniFileKeyMap::ReadRecords(std::string_view text) {
     if ((next = reader.Next(&record)) != NIniRecordReader::Result::kRecord) break;
     if (!record.name.empty()) add(record.name, MakeLoaded(*this, record));
   }
-  IndexFrom(batch);
+  place(batch);
   if (next == NIniRecordReader::Result::kInvalid) {
     result.invalidLine = reader.ProblemLine();
     result.problem = reader.Problem();
@@ -338,15 +363,92 @@ void NIniFileKeyMap::IndexFrom(std::size_t first) {
   m_free.resize(kept);
 }
 
+void NIniFileKeyMap::FilterFrom(std::size_t first) {
+  std::uint64_t hashes[kBatch];
+  const std::size_t count = m_free.size() - first;
+  for (std::size_t i = 0; i < count; ++i) hashes[i] = Hash(m_free[first + i].Name());
+  // As in IndexFrom, elements stay where they are until a name may repeat
+  // one before it. A personal name gives its data to its fixed element. Any
+  // other such name is new if no name before it in the table has its hash,
+  // which is known only in the table's first batch; otherwise, a repeat or
+  // not, it hands the rest to the index.
+  Element* const elements = m_free.data();
+  std::size_t i = 0;
+  while (i < count && !m_filter.Add(hashes[i])) ++i;
+  std::size_t kept = first + i;
+  while (i < count) {
+    const Element& element = elements[first + i];
+    const std::uint32_t fixed =
+        FixedPosition(hashes[i], [name = element.Name()](std::uint32_t at) { return SameName(kFixedNames[at], name); });
+    if (fixed != NNameIndex::kNone) {
+      Destroy(m_fixed[fixed]);
+      m_fixed[fixed].m_data = element.m_data;
+    } else if (first == 0 && std::find(hashes, hashes + i, hashes[i]) == hashes + i) {
+      elements[kept++] = element;
+    } else {
+      m_free.erase(m_free.begin() + static_cast<std::ptrdiff_t>(kept),
+                   m_free.begin() + static_cast<std::ptrdiff_t>(first + i));
+      IndexFrom(kept);
+      return;
+    }
+    for (++i; i < count && !m_filter.Add(hashes[i]); ++i) elements[kept++] = elements[first + i];
+  }
+  m_free.resize(kept);
+}
+
+template <typename Same>
+std::uint32_t NIniFileKeyMap::FixedPosition(std::uint64_t hash, Same&& same) {
+  const auto& hashes = FixedHashes();
+  for (std::uint32_t i = 0; i < kFixedCount; ++i) {
+    if (hashes[i] == hash && same(i)) return i;
+  }
+  return NNameIndex::kNone;
+}
+
+template <typename Same>
+std::uint32_t NIniFileKeyMap::Locate(std::uint64_t hash, Same&& same) const {
+  // While filtering, a name the filter never saw is not in the table, and a
+  // personal name is found without the index.
+  if (m_filtering) {
+    if (!m_filter.MayHold(hash)) return NNameIndex::kNone;
+    const std::uint32_t fixed = FixedPosition(hash, same);
+    if (fixed != NNameIndex::kNone) return fixed;
+    // Without the index, the elements are searched in full, from a little
+    // before the hint: a host reads in about the order it saved in, so
+    // the name is mostly a few places away, and the names are unique, so
+    // the first match is the one. The searches may compare a few times as
+    // many names as the table holds, about what building the index costs;
+    // then the index is built.
+    const std::size_t end = ElementCount();
+    if (m_scanned + end <= kScanRounds * end) {
+      const std::size_t start = std::min(std::max(m_hint, kFixedCount + kScanBack) - kScanBack, end);
+      auto scan = [&](std::size_t from, std::size_t to) {
+        for (std::size_t at = from; at < to; ++at) {
+          if (same(static_cast<std::uint32_t>(at))) {
+            m_scanned += at - from + 1;
+            return static_cast<std::uint32_t>(at);
+          }
+        }
+        m_scanned += to - from;
+        return NNameIndex::kNone;
+      };
+      const std::uint32_t found = scan(start, end);
+      return found != NNameIndex::kNone ? found : scan(kFixedCount, start);
+    }
+  }
+  // A key without a file holds the personal names alone: no index for them.
+  if (m_free.empty() && m_index.Count() == 0) return FixedPosition(hash, same);
+  return Index().Find(hash, same);
+}
+
 NIniFileKeyMap::Element* NIniFileKeyMap::Lookup(std::string_view name, std::uint64_t hash) const {
-  const std::uint32_t position =
-      Index().Find(hash, [&](std::uint32_t at) { return SameName(ElementAt(at).Name(), name); });
+  const std::uint32_t position = Locate(hash, [&](std::uint32_t at) { return SameName(ElementAt(at).Name(), name); });
   return position == NNameIndex::kNone ? nullptr : const_cast<Element*>(&ElementAt(position));
 }
 
 NIniFileKeyMap::Element* NIniFileKeyMap::LookupWide(std::u16string_view name, std::uint64_t hash) const {
   const std::uint32_t position =
-      Index().Find(hash, [&](std::uint32_t at) { return SameWideName(ElementAt(at).Name(), name); });
+      Locate(hash, [&](std::uint32_t at) { return SameWideName(ElementAt(at).Name(), name); });
   return position == NNameIndex::kNone ? nullptr : const_cast<Element*>(&ElementAt(position));
 }
 
@@ -394,6 +496,12 @@ const NIniFileKeyMap::Element* NIniFileKeyMap::FindAfterHint(std::u16string_view
     const Element& last = ElementAt(m_hint - 1);
     if (SameWideName(last.Name(), name)) return &last;
   }
+  // Where reading was before it stepped back for a value saved out of turn.
+  if (m_resume >= kFixedCount && m_resume < ElementCount() && SameWideName(ElementAt(m_resume).Name(), name)) {
+    m_hint = m_resume + 1;
+    m_resume = 0;
+    return &m_free[m_hint - 1 - kFixedCount];
+  }
   // An ASCII name is hashed as it stands; any other is converted first.
   std::uint64_t hash;
   if (HashWide(name, &hash)) return Hinted(LookupWide(name, hash));
@@ -404,7 +512,11 @@ const NIniFileKeyMap::Element* NIniFileKeyMap::FindAfterHint(std::u16string_view
 const NIniFileKeyMap::Element* NIniFileKeyMap::Hinted(const Element* found) const {
   // A personal name leaves the hint where it was: files hold those names
   // first, apart from the others, while records declare them among the rest.
-  if (found && !IsPersonal(*found)) m_hint = static_cast<std::size_t>(found - m_free.data()) + kFixedCount + 1;
+  if (found && !IsPersonal(*found)) {
+    const std::size_t next = static_cast<std::size_t>(found - m_free.data()) + kFixedCount + 1;
+    if (next < m_hint) m_resume = m_hint;
+    m_hint = next;
+  }
   return found;
 }
 
@@ -416,6 +528,7 @@ const NNameIndex& NIniFileKeyMap::Index() const {
 void NIniFileKeyMap::Rebuild(std::size_t positions) const { RebuildUpTo(positions, m_free.size()); }
 
 void NIniFileKeyMap::RebuildUpTo(std::size_t positions, std::size_t freeCount) const {
+  m_filtering = false;  // the index answers from now on, names set later included
   m_index.Reset(std::max(positions, kFixedCount + freeCount + 1));
   const auto& hashes = FixedHashes();
   for (std::size_t i = 0; i < kFixedCount; ++i) m_index.Insert(hashes[i], static_cast<std::uint32_t>(i));

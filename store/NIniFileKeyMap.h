@@ -13,6 +13,7 @@
 #endif
 
 #include "store/NIniFileData.h"
+#include "store/NNameFilter.h"
 #include "store/NNameIndex.h"
 
 // The ordered value table of one INI key (NIniFileKey::Map).
@@ -25,7 +26,10 @@
 // deleted and set again returns to where it was.
 //
 // Lookups go through an index beside the arrays (NNameIndex, over the
-// positions of both), so they never scan.
+// positions of both), so they never scan. A table loaded from a file builds
+// it only when a lookup needs it: until then a filter of the names' hashes
+// (NNameFilter) catches repeated names while reading and answers most
+// lookups of names the file lacks.
 // Names are compared exactly: case matters.
 //
 // The table owns the texts of the files it was loaded from (at most two: the
@@ -198,6 +202,13 @@ class NIniFileKeyMap {
   Element& At(std::size_t position) { return position < kFixedCount ? m_fixed[position] : m_free[position - kFixedCount]; }
   Element* Lookup(std::string_view name, std::uint64_t hash) const;
   Element* LookupWide(std::u16string_view name, std::uint64_t hash) const;
+  // The position of the name that `same` accepts, or NNameIndex::kNone.
+  template <typename Same>
+  std::uint32_t Locate(std::uint64_t hash, Same&& same) const;
+  // The position of the personal name that `same` accepts under `hash`, or
+  // NNameIndex::kNone.
+  template <typename Same>
+  static std::uint32_t FixedPosition(std::uint64_t hash, Same&& same);
   // Moves the hint after `found`, and returns it.
   const Element* Hinted(const Element* found) const;
   Element& Append(std::string_view name, bool copyName);
@@ -210,6 +221,12 @@ class NIniFileKeyMap {
   // file: a name already in the table takes the later data and the later
   // element goes.
   void IndexFrom(std::size_t first);
+  // The same through the filter, for a table whose names are all in it; a
+  // name that may repeat another (not a personal one) ends the filter and
+  // the rest is indexed.
+  void FilterFrom(std::size_t first);
+  // Starts the filter for a first text expected to hold `records` records.
+  void StartFilter(std::size_t records);
   static constexpr std::size_t kBatch = 256;
   void* AllocateBlock(std::size_t size, std::size_t alignment);
   void Destroy(Element& element);
@@ -217,8 +234,16 @@ class NIniFileKeyMap {
   std::array<Element, kFixedCount> m_fixed;
   std::vector<Element> m_free;
   mutable NNameIndex m_index;
+  // Holds every name while m_filtering, which ends when the index is built.
+  NNameFilter m_filter;
+  mutable bool m_filtering = false;
+  // Names compared by lookups that searched the elements while filtering.
+  static constexpr std::size_t kScanBack = 16;
+  static constexpr std::size_t kScanRounds = 4;
+  mutable std::size_t m_scanned = 0;
   std::size_t m_heapValues = 0;  // elements whose data was allocated on its own
   mutable std::size_t m_hint = 0;      // the position after the element found last
+  mutable std::size_t m_resume = 0;    // m_hint before the last step back, or 0
   std::array<std::string, 2> m_texts;
   std::size_t m_textCount = 0;
   std::vector<std::unique_ptr<char[]>> m_ownedNames;
