@@ -26,10 +26,11 @@
 // deleted and set again returns to where it was.
 //
 // Lookups go through an index beside the arrays (NNameIndex, over the
-// positions of both), so they never scan. A table loaded from a file builds
-// it only when a lookup needs it: until then a filter of the names' hashes
-// (NNameFilter) catches repeated names while reading and answers most
-// lookups of names the file lacks.
+// positions of both). A table loaded from a file builds it only when
+// lookups need it: until then a filter of the names' hashes (NNameFilter)
+// catches repeated names while reading and answers most lookups of names
+// the file lacks, and the few names read out of turn are searched for near
+// where reading is, up to a bound.
 // Names are compared exactly: case matters.
 //
 // The table owns the texts of the files it was loaded from (at most two: the

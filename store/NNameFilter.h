@@ -5,7 +5,7 @@
 #include <cstdint>
 
 // A set of name hashes that answers "certainly not added" or "perhaps
-// added": one 64-bit word per hash, four of its bits set. A loaded table
+// added": one 64-bit word for every two hashes, four bits set per hash. A loaded table
 // checks each name it reads against it for repeats, and lookups of names
 // the table lacks end here; both are far cheaper than a hash table, which
 // then is built only when a lookup needs it.
