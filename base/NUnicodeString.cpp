@@ -11,6 +11,11 @@ NUnicodeString NUnicodeString::FromUtf8(std::string_view utf8) {
   return NUnicodeString(NUtf8ToUtf16(utf8));
 }
 
+void NUnicodeString::AssignUtf8(std::string_view utf8) {
+  resize(utf8.size());
+  if (!NWidenAscii(utf8, data())) *this = NUtf8ToUtf16(utf8);
+}
+
 std::string NUnicodeString::ToUtf8() const {
   char16_t any = 0;
   for (const char16_t c : *this) any |= c;

@@ -20,6 +20,9 @@ class NUnicodeString : public std::u16string {
 
   // Malformed UTF-8 becomes U+FFFD; nothing is dropped silently.
   CFGDECK_API static NUnicodeString FromUtf8(std::string_view utf8);
+  // The same into this string, reusing its buffer: hosts read many values
+  // into one string.
+  CFGDECK_API void AssignUtf8(std::string_view utf8);
   CFGDECK_API std::string ToUtf8() const;
 
   std::size_t Length() const noexcept { return size(); }

@@ -3,7 +3,6 @@
 #include <cstring>
 #include <new>
 
-#include "base/NAscii.h"
 #include "store/NTextFile.h"
 
 namespace {
@@ -25,13 +24,6 @@ void AppendHeader(std::string& out, char kind, std::string_view name) {
   out.append(":\"");
   out.append(name);
   out.append("\"=");
-}
-
-// Decodes into the caller's string, reusing its buffer: hosts read many
-// values into one string.
-void AssignUtf8(NUnicodeString* out, std::string_view utf8) {
-  out->resize(utf8.size());
-  if (!NWidenAscii(utf8, out->data())) *out = NUnicodeString::FromUtf8(utf8);
 }
 
 }  // namespace
@@ -100,7 +92,7 @@ NIniFileDataString* NIniFileDataString::Owning(std::string_view utf8) {
 }
 
 bool NIniFileDataString::GetString(NUnicodeString* value) const {
-  AssignUtf8(value, m_text.View());
+  value->AssignUtf8(m_text.View());
   return true;
 }
 
@@ -145,7 +137,7 @@ bool NIniFileDataStringSz::GetMultiString(NStringArray* value) const {
   NLineReader lines(m_block.View());
   std::string_view line;
   std::size_t filled = 0;
-  while (filled < m_count && lines.Next(&line)) AssignUtf8(&(*value)[filled++], line.substr(1));
+  while (filled < m_count && lines.Next(&line)) (*value)[filled++].AssignUtf8(line.substr(1));
   value->resize(filled);
   return true;
 }

@@ -1,6 +1,7 @@
 #include "store/NIniFileKeyIterator.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "location/NReportMessageRouter.h"
 
@@ -13,7 +14,29 @@ bool IsKeyFileName(std::u16string_view name) {
          NUnicodeString::CompareIgnoreCase(name.substr(name.size() - kKeyFileSuffix.size()), kKeyFileSuffix) == 0;
 }
 
-char FoldAscii(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
+// Eight bytes of a name from `at` on, zero past its end, with 'A'-'Z'
+// folded to 'a'-'z', as a big-endian word: words compare as the bytes do.
+// False when any of them is not plain ASCII.
+bool FoldedWord(std::string_view name, std::size_t at, std::uint64_t* word) {
+  constexpr std::uint64_t kOnes = 0x0101010101010101ull;
+  std::uint64_t bytes = 0;
+  const std::size_t left = at < name.size() ? name.size() - at : 0;
+  if (left >= 8) {
+    std::memcpy(&bytes, name.data() + at, 8);
+  } else if (name.size() >= 8) {
+    // The name's last eight bytes, shifted down to its last `left`.
+    std::memcpy(&bytes, name.data() + name.size() - 8, 8);
+    bytes = left ? bytes >> (8 * (8 - left)) : 0;
+  } else {
+    for (std::size_t i = 0; i < left; ++i) bytes |= std::uint64_t{static_cast<unsigned char>(name[at + i])} << (8 * i);
+  }
+  if (bytes & kOnes * 0x80) return false;
+  // A byte's high bit says whether it is at least 'A' and not above 'Z'
+  // (no byte carries into the next, as all are below 0x80).
+  const std::uint64_t upper = (bytes + kOnes * (0x80 - 'A')) & ~(bytes + kOnes * (0x80 - 'Z' - 1)) & kOnes * 0x80;
+  *word = __builtin_bswap64(bytes | upper >> 2);
+  return true;
+}
 
 }  // namespace
 
@@ -27,41 +50,26 @@ int NIniFileKey::Iterator::Compare(std::u16string_view a, std::u16string_view b)
 }
 
 int NIniFileKey::Iterator::CompareUtf8(std::string_view a, std::string_view b) {
-  // ASCII folds by itself; anything else is compared as UTF-16, the order's
-  // own terms (UTF-8 byte order differs from it above the surrogates).
-  const std::size_t shorter = std::min(a.size(), b.size());
-  for (std::size_t i = 0; i < shorter; ++i) {
-    const char x = a[i];
-    const char y = b[i];
-    if ((static_cast<unsigned char>(x) | static_cast<unsigned char>(y)) >= 0x80) {
+  // ASCII folds by itself, eight bytes at a time; anything else is compared
+  // as UTF-16, the order's own terms (UTF-8 byte order differs from it above
+  // the surrogates).
+  const std::size_t longer = std::max(a.size(), b.size());
+  for (std::size_t at = 0; at < longer; at += 8) {
+    std::uint64_t x;
+    std::uint64_t y;
+    if (!FoldedWord(a, at, &x) || !FoldedWord(b, at, &y)) {
       return Compare(NUnicodeString::FromUtf8(a), NUnicodeString::FromUtf8(b));
     }
-    const char fx = FoldAscii(x);
-    const char fy = FoldAscii(y);
-    if (fx != fy) return fx < fy ? -1 : 1;
+    if (x != y) return x < y ? -1 : 1;
   }
   if (a.size() == b.size()) return 0;
   return a.size() < b.size() ? -1 : 1;
 }
 
-namespace {
-
-// The first eight bytes of a name, folded and in an order that compares as
-// the names do; 0 when they are not plain ASCII (such names compare in full).
-std::uint64_t FoldedPrefix(std::string_view name) {
-  std::uint64_t prefix = 0;
-  for (std::size_t i = 0; i < 8; ++i) {
-    const auto c = i < name.size() ? static_cast<unsigned char>(FoldAscii(name[i])) : 0;
-    if (c >= 0x80) return 0;
-    prefix = prefix << 8 | c;
-  }
-  return prefix;
-}
-
-}  // namespace
-
 void NIniFileKey::Iterator::Add(std::string_view name, std::uint32_t kind, std::uint32_t position) {
-  m_entries.push_back({FoldedPrefix(name), static_cast<std::uint32_t>(m_names.size()),
+  std::uint64_t prefix = 0;
+  if (!FoldedWord(name, 0, &prefix)) prefix = 0;
+  m_entries.push_back({prefix, static_cast<std::uint32_t>(m_names.size()),
                        static_cast<std::uint32_t>(name.size()), kind, position});
   m_names.append(name);
 }
@@ -143,11 +151,14 @@ bool NIniFileKey::Iterator::Next(NUnicodeString* name, std::uint32_t* kind) {
     // reported as they were found.
     if (m_key) {
       const Map& map = m_key->Values();
-      const bool present = m_key->TableGeneration() == m_generation ? map.ElementAt(entry.position).Data() != nullptr
-                                         : map.FindData(NameOf(entry)) != nullptr;  // reloaded meanwhile
-      if (!present) continue;
+      if (m_key->TableGeneration() != m_generation) {
+        if (!map.FindData(NameOf(entry))) continue;  // reloaded meanwhile
+      } else {
+        if (!map.ElementAt(entry.position).Data()) continue;
+        map.ExpectLookupAt(entry.position);
+      }
     }
-    *name = NUnicodeString::FromUtf8(NameOf(entry));
+    name->AssignUtf8(NameOf(entry));
     *kind = entry.kind;
     return true;
   }

@@ -119,6 +119,12 @@ class NIniFileKeyMap {
     }
     return FindAfterHint(name);
   }
+  // Points the next lookup at `position` first: a host reads the value an
+  // iterator has just named, in the iterator's order, not the table's.
+  void ExpectLookupAt(std::size_t position) const {
+    m_hint = position;
+    m_resume = 0;
+  }
   NIniFileData* FindData(std::string_view name) const {
     const Element* element = Find(name);
     return element ? element->m_data : nullptr;

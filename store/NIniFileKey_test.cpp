@@ -414,9 +414,12 @@ TEST(NIniFileKeyIteratorTest, OrderComparesWithoutCaseAndPutsPrefixesFirst) {
   // Sorted as the iterator must sort: names that differ only in case are
   // equal; a name that is a prefix of another comes first; non-ASCII names
   // compare by their folded UTF-16 units.
-  const std::vector<std::u16string> sorted = {u"",        u"\x01",      u"__FolderData__", u"a",       u"A b",
-                                              u"ab",      u"Abcdefgh",  u"abcdefghi",      u"abcdefgI1", u"b",
-                                              u"Z",       u"\u00e9t\u00e9", u"\u00c9t\u00e9s",     u"\u65e5"};
+  // The characters either side of 'A'-'Z' and 'a'-'z' are not folded.
+  const std::vector<std::u16string> sorted = {
+      u"",          u"\x01",       u"__FolderData__", u"a",          u"A b",          u"a@",
+      u"a[",        u"a`",         u"ab",             u"Abcdefgh",   u"abcdefghi",    u"abcdefgI1",
+      u"abcdefgi@", u"abcdefgi[",  u"abcdefgi`",      u"abcdefgiZ",  u"abcdefgiZZZZZZZZ@",         u"abcdefgizzzzzzzz[",
+      u"abcdefgi{", u"b",          u"Z",              u"\u00e9t\u00e9", u"\u00c9t\u00e9s",             u"\u65e5"};
   for (std::size_t i = 0; i < sorted.size(); ++i) {
     for (std::size_t j = 0; j < sorted.size(); ++j) {
       const std::string a = NUnicodeString(sorted[i]).ToUtf8();
