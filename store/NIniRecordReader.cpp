@@ -47,6 +47,7 @@ std::string Quoted(char c) {
 
 bool NIniRecordReader::ReadHex8(std::string_view digits, std::uint32_t* value) {
   if (digits.size() == 8) {
+    if (ReadPlainHex8(digits.data(), value)) return true;
     // The usual case: eight ASCII characters.
     std::uint32_t result = 0;
     unsigned char any = 0;
