@@ -71,11 +71,6 @@ class NFile {
     return status;
   }
 
-  // Whether closing the handle releases its locks at once, so that a reader
-  // done with the file may skip the Unlock. Windows frees them on close only
-  // when the system gets round to it.
-  virtual bool ClosingUnlocksAtOnce() const { return false; }
-
   // Flushes the file's data to the disk.
   virtual NStatus Sync() = 0;
 };

@@ -173,10 +173,10 @@ bool NIniFileKey::LoadFile(Map& map, std::u16string_view root, FileState* state,
   if (status) status = LockWithWarning(*file, NLockKind::kShared);
   if (status) {
     status = NTextFile(*file).Read(&raw);
-    if (!file->ClosingUnlocksAtOnce()) {
-      NStatus unlocked = file->Unlock(kLockOffset, kLockLength);
-      if (status) status = std::move(unlocked);
-    }
+    // Released before the close: a child the host forked and has not yet
+    // made exec holds a copy of the file, and with it the lock.
+    NStatus unlocked = file->Unlock(kLockOffset, kLockLength);
+    if (status) status = std::move(unlocked);
   }
   if (!status) {
     NReportStatus(status, params);

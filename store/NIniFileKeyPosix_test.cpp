@@ -1,16 +1,21 @@
-// Key files and folders as POSIX systems alone make them: file modes, and
-// folder chains deeper than any path can name.
+// Key files and folders as POSIX systems alone make them: file modes,
+// folder chains deeper than any path can name, and descriptors that a forked
+// child shares.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "location/NReportMessageParams.h"
+#include "platform/NForwardingPlatform.h"
 #include "store/NIniFileKey.h"
 #include "store/NIniFileStore.h"
 
@@ -103,6 +108,58 @@ TEST_F(NIniFileKeyPosixTest, UnreadableFilesAreAClearError) {
   NReportMessageParams params;
   EXPECT_FALSE(Open(u"locked", params));
   EXPECT_NE(params.GetText().ToUtf8().find("Access is denied"), std::string::npos);
+}
+
+// Forks a child at every file it opens, as a host starting a program on
+// another thread may between its fork and its exec: until it is stopped, the
+// child holds a copy of every descriptor, and with it the file's locks.
+class NForkingPlatform : public NForwardingPlatform {
+ public:
+  using NForwardingPlatform::NForwardingPlatform;
+  ~NForkingPlatform() override {
+    for (const pid_t child : m_children) {
+      ::kill(child, SIGKILL);
+      ::waitpid(child, nullptr, 0);
+    }
+  }
+
+  NStatus OpenFile(std::u16string_view path, const NOpenOptions& options, std::unique_ptr<NFile>* file) override {
+    NStatus status = NForwardingPlatform::OpenFile(path, options, file);
+    if (status) {
+      const pid_t child = ::fork();
+      if (child == 0) {
+        for (;;) ::pause();
+      }
+      if (child > 0) m_children.push_back(child);
+    }
+    return status;
+  }
+
+  std::size_t Children() const { return m_children.size(); }
+
+ private:
+  std::vector<pid_t> m_children;
+};
+
+TEST_F(NIniFileKeyPosixTest, ALoadReleasesItsLockWhileAChildStillHoldsTheFile) {
+  Write("k.ini", std::string(kBom) + "D:\"a\"=00000001\r\n");
+  NForkingPlatform forking(NPlatform::Default());
+  NIniFileStore store(NUnicodeString::FromUtf8(m_root.string()), NUnicodeString(), forking);
+  NKeyPath path;
+  ASSERT_TRUE(path.Append(u"k"));
+  NReportMessageParams params;
+  auto key = NIniFileKey::Open(store, path, true, params);
+  ASSERT_TRUE(key) << params.GetText().ToUtf8();
+  ASSERT_EQ(forking.Children(), 1u);
+  // A writer elsewhere takes the bytes a save locks.
+  const int fd = ::open((m_root / "k.ini").c_str(), O_RDWR | O_CLOEXEC);
+  ASSERT_GE(fd, 0);
+  struct flock lock = {};
+  lock.l_type = F_WRLCK;
+  lock.l_whence = SEEK_SET;
+  lock.l_len = 4;
+  EXPECT_EQ(::fcntl(fd, F_OFD_SETLK, &lock), 0) << "the child's copy still holds the load's shared lock";
+  ::close(fd);
 }
 
 }  // namespace

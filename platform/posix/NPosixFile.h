@@ -29,8 +29,6 @@ class NPosixFile final : public NFile {
   NStatus Unlock(std::uint64_t offset, std::uint64_t length) override;
   NStatus GetInfo(NFileInfo* info) override;
   NStatus SizeHint(std::uint64_t* size) override;
-  // The last close of an open file description drops its OFD locks.
-  bool ClosingUnlocksAtOnce() const override { return true; }
   NStatus Sync() override;
 
  private:

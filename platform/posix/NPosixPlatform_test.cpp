@@ -350,7 +350,6 @@ TEST_F(NPosixPlatformTest, ClosingAHandleFreesItsLocksAtOnce) {
   auto reader = Open(Path("a"), NOpenMode::kExistingOnly, NFileAccess::kRead);
   auto writer = Open(Path("a"), NOpenMode::kExistingOnly);
   ASSERT_TRUE(reader && writer);
-  EXPECT_TRUE(reader->ClosingUnlocksAtOnce());
   ASSERT_TRUE(reader->Lock(0, 4, NLockKind::kShared, 0ms).IsOk());
   ASSERT_EQ(writer->Lock(0, 4, NLockKind::kExclusive, 0ms).Code(), NStatus::kWaitTimeout);
   reader.reset();
