@@ -67,8 +67,8 @@ int NIniFileKey::Iterator::CompareUtf8(std::string_view a, std::string_view b) {
 }
 
 void NIniFileKey::Iterator::Add(std::string_view name, std::uint32_t kind, std::uint32_t position) {
-  std::uint64_t prefix = 0;
-  if (!FoldedWord(name, 0, &prefix)) prefix = 0;
+  std::uint64_t prefix = 0;  // stays 0 for a name that is not plain ASCII
+  (void)FoldedWord(name, 0, &prefix);
   m_entries.push_back({prefix, static_cast<std::uint32_t>(m_names.size()),
                        static_cast<std::uint32_t>(name.size()), kind, position});
   m_names.append(name);
