@@ -498,9 +498,10 @@ const NIniFileKeyMap::Element* NIniFileKeyMap::FindAfterHint(std::u16string_view
   }
   // Where reading was before it stepped back for a value saved out of turn.
   if (m_resume >= kFixedCount && m_resume < ElementCount() && SameWideName(ElementAt(m_resume).Name(), name)) {
+    const Element& resumed = ElementAt(m_resume);
     m_hint = m_resume + 1;
     m_resume = 0;
-    return &m_free[m_hint - 1 - kFixedCount];
+    return &resumed;
   }
   // An ASCII name is hashed as it stands; any other is converted first.
   std::uint64_t hash;

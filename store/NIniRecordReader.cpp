@@ -47,8 +47,9 @@ std::string Quoted(char c) {
 
 bool NIniRecordReader::ReadHex8(std::string_view digits, std::uint32_t* value) {
   if (digits.size() == 8) {
+    // The usual case, eight hex digits; then eight ASCII characters, where
+    // one that is not a hex digit counts as 255.
     if (ReadPlainHex8(digits.data(), value)) return true;
-    // The usual case: eight ASCII characters.
     std::uint32_t result = 0;
     unsigned char any = 0;
     for (const char c : digits) {
