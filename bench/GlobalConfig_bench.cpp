@@ -46,9 +46,10 @@ const fs::path& GlobalFolder() {
   return folder;
 }
 
-void BM_GlobalFloorOpenLockReadClose(benchmark::State& state) {
+template <NBareReader::Calls kCalls>
+void GlobalFloor(benchmark::State& state) {
   const std::string path = (GlobalFolder() / "global.ini").string();
-  NBareReader reader;
+  NBareReader reader(kCalls);
   std::string_view raw;
   for (auto _ : state) {
     if (!reader.Read(path, &raw)) {
@@ -59,6 +60,10 @@ void BM_GlobalFloorOpenLockReadClose(benchmark::State& state) {
   }
   state.counters["bytes"] = static_cast<double>(raw.size());
 }
+
+void BM_GlobalFloorOpenLockReadClose(benchmark::State& state) { GlobalFloor<NBareReader::Calls::kBare>(state); }
+// The same with the calls every load of a key makes on top.
+void BM_GlobalFloorStoreCalls(benchmark::State& state) { GlobalFloor<NBareReader::Calls::kStore>(state); }
 
 void BM_GetGlobalConfig(benchmark::State& state) {
   GlobalFolder();
@@ -139,6 +144,7 @@ BENCHMARK(BM_GlobalConfigRead)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_GlobalKeyTable)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_GlobalKeysOpen)->DenseRange(0, 3)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_GlobalFloorOpenLockReadClose)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_GlobalFloorStoreCalls)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_GetGlobalConfig)->Unit(benchmark::kMicrosecond);
 
 }  // namespace

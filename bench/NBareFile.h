@@ -1,6 +1,10 @@
 #pragma once
 
+#include <errno.h>
 #include <fcntl.h>
+#include <linux/openat2.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cstddef>
@@ -26,12 +30,24 @@ inline bool NBareLock(int fd, short type) {
 // Reads in the store's 4096-byte blocks until a short read, under a shared lock.
 class NBareReader {
  public:
+  // Bare: only what reading a locked file takes. Store calls: also the
+  // calls every load of the store makes on top, for what they guard: the
+  // open refuses a symbolic link anywhere on the path, a file that is not a
+  // regular one is refused, and the lock is released before the close (a
+  // child forked meanwhile would keep it).
+  enum class Calls { kBare, kStore };
+
+  explicit NBareReader(Calls calls = Calls::kBare) : m_calls(calls) {}
+
   // The file's bytes, valid until the next Read; false when it cannot be
   // opened, locked or read.
   bool Read(const std::string& path, std::string_view* bytes) {
-    const int fd = ::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
+    const bool store = m_calls == Calls::kStore;
+    const int fd = store ? OpenWithoutLinks(path) : ::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
     if (fd < 0) return false;
-    bool ok = NBareLock(fd, F_RDLCK);
+    struct stat st;
+    bool ok = !store || (::fstat(fd, &st) == 0 && S_ISREG(st.st_mode));
+    ok = ok && NBareLock(fd, F_RDLCK);
     std::size_t at = 0;
     while (ok) {
       if (m_buffer.size() < at + kBlock) m_buffer.resize(2 * (at + kBlock));
@@ -41,13 +57,23 @@ class NBareReader {
       at += static_cast<std::size_t>(got);
       if (static_cast<std::size_t>(got) < kBlock) break;
     }
+    if (store && !NBareLock(fd, F_UNLCK)) ok = false;
     ::close(fd);  // the lock goes with the descriptor
     *bytes = std::string_view(m_buffer.data(), at);
     return ok;
   }
 
  private:
+  static int OpenWithoutLinks(const std::string& path) {
+    struct open_how how = {};
+    how.flags = O_RDONLY | O_NOCTTY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC;
+    how.resolve = RESOLVE_NO_SYMLINKS;
+    const int fd = static_cast<int>(::syscall(SYS_openat2, AT_FDCWD, path.c_str(), &how, sizeof how));
+    return fd < 0 && errno == ENOSYS ? ::open(path.c_str(), static_cast<int>(how.flags)) : fd;
+  }
+
   static constexpr std::size_t kBlock = 4096;
+  Calls m_calls;
   std::vector<char> m_buffer = std::vector<char>(1 << 16);
 };
 

@@ -256,11 +256,11 @@ const NSessionFolder* FolderOrSkip(benchmark::State& state, bool records = false
   return &folder;
 }
 
-template <bool kRecords>
+template <bool kRecords, NBareReader::Calls kCalls = NBareReader::Calls::kBare>
 void FloorOpenLockReadClose(benchmark::State& state) {
   const NSessionFolder* folder = FolderOrSkip(state, kRecords);
   if (!folder) return;
-  NBareReader reader;
+  NBareReader reader(kCalls);
   NWalkClock clock;
   for (auto _ : state) {
     clock.Start();
@@ -280,6 +280,11 @@ void FloorOpenLockReadClose(benchmark::State& state) {
 }
 
 void BM_FloorOpenLockReadClose(benchmark::State& state) { FloorOpenLockReadClose<false>(state); }
+// The same with the calls every load makes on top: how much of a load's
+// cost over the floor is the kernel's.
+void BM_FloorStoreCalls(benchmark::State& state) {
+  FloorOpenLockReadClose<false, NBareReader::Calls::kStore>(state);
+}
 // The floor of the walk that loads full records: the same files.
 void BM_RecordFloorOpenLockReadClose(benchmark::State& state) { FloorOpenLockReadClose<true>(state); }
 
@@ -657,6 +662,7 @@ void RegisterBenchmarks() {
     void (*function)(benchmark::State&);
   };
   constexpr NCase kWalks[] = {{"BM_FloorOpenLockReadClose", BM_FloorOpenLockReadClose},
+                              {"BM_FloorStoreCalls", BM_FloorStoreCalls},
                               {"BM_FloorPlusSplit", BM_FloorPlusSplit},
                               {"BM_StoreLoadAndReadAll", BM_StoreLoadAndReadAll},
                               {"BM_StoreLoadAndIterate", BM_StoreLoadAndIterate},
