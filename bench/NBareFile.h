@@ -58,7 +58,7 @@ class NBareReader {
       if (static_cast<std::size_t>(got) < kBlock) break;
     }
     if (store && !NBareLock(fd, F_UNLCK)) ok = false;
-    ::close(fd);  // the lock goes with the descriptor
+    ::close(fd);  // a bare read's lock goes with the descriptor
     *bytes = std::string_view(m_buffer.data(), at);
     return ok;
   }
