@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "bench/NBareFile.h"
+#include "bench/NPairedRatio.h"
 #include "config/GlobalConfig.h"
 #include "config/NConfigEntry.h"
 #include "platform/NPlatform.h"
@@ -76,6 +77,41 @@ void BM_GetGlobalConfig(benchmark::State& state) {
     FreeGlobalConfig();
   }
   state.counters["fields"] = static_cast<double>(fields);
+}
+
+// GetGlobalConfig and the floor, a block of calls of each in every
+// iteration: the ratio of the two as one figure.
+void BM_GetGlobalConfigOverFloor(benchmark::State& state) {
+  constexpr int kCalls = 200;
+  const std::string path = (GlobalFolder() / "global.ini").string();
+  NBareReader reader;
+  NPairedRatio pairs;
+  for (auto _ : state) {
+    const bool ran = pairs.Run(
+        [&] {
+          std::string_view raw;
+          for (int i = 0; i < kCalls; ++i) {
+            if (!reader.Read(path, &raw)) return false;
+            benchmark::DoNotOptimize(raw.data());
+          }
+          return true;
+        },
+        [&] {
+          for (int i = 0; i < kCalls; ++i) {
+            GlobalConfig* config = nullptr;
+            GetGlobalConfig(config, 3);
+            benchmark::DoNotOptimize(config);
+            FreeGlobalConfig();
+            if (!config) return false;
+          }
+          return true;
+        });
+    if (!ran) {
+      state.SkipWithError("global.ini could not be read or the record made");
+      return;
+    }
+  }
+  pairs.SetCounters(state, kCalls);
 }
 
 // The record alone: its fields declared with their defaults, then freed.
@@ -146,5 +182,6 @@ BENCHMARK(BM_GlobalKeysOpen)->DenseRange(0, 3)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_GlobalFloorOpenLockReadClose)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_GlobalFloorStoreCalls)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_GetGlobalConfig)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_GetGlobalConfigOverFloor)->Iterations(101)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 }  // namespace

@@ -20,6 +20,7 @@
 #include "base/NUnicodeString.h"
 #include "bench/NBareFile.h"
 #include "bench/NConfigFolderGenerator.h"
+#include "bench/NPairedRatio.h"
 #include "config/NSessionTree.h"
 #include "config/SessionConfig.h"
 #include "location/NReportMessageParams.h"
@@ -262,6 +263,18 @@ const NSessionFolder* FolderOrSkip(benchmark::State& state, bool records = false
   return &folder;
 }
 
+// Opens, locks, reads and closes every session file; false when one fails.
+bool FloorWalk(const NSessionFolder& folder, NBareReader& reader) {
+  std::uint64_t bytes = 0;
+  for (const std::string& file : folder.systemFiles) {
+    std::string_view raw;
+    if (!reader.Read(file, &raw)) return false;
+    bytes += raw.size();
+  }
+  benchmark::DoNotOptimize(bytes);
+  return true;
+}
+
 template <bool kRecords, NBareReader::Calls kCalls = NBareReader::Calls::kBare>
 void FloorOpenLockReadClose(benchmark::State& state) {
   const NSessionFolder* folder = FolderOrSkip(state, kRecords);
@@ -270,16 +283,10 @@ void FloorOpenLockReadClose(benchmark::State& state) {
   NWalkClock clock;
   for (auto _ : state) {
     clock.Start();
-    std::uint64_t bytes = 0;
-    for (const std::string& file : folder->systemFiles) {
-      std::string_view raw;
-      if (!reader.Read(file, &raw)) {
-        state.SkipWithError("a session file could not be read");
-        return;
-      }
-      bytes += raw.size();
+    if (!FloorWalk(*folder, reader)) {
+      state.SkipWithError("a session file could not be read");
+      return;
     }
-    benchmark::DoNotOptimize(bytes);
     clock.Stop();
   }
   clock.SetCounters(state, folder->files.size(), folder->bytes);
@@ -378,6 +385,23 @@ std::uint64_t IterateAllValues(NIniFileKey& key, NValueBuffers& buffers) {
 
 enum class NReads { kAllByName, kIterated, kNone };
 
+// Loads every session key through the store and reads its values as
+// `kReads` says; the count of values read, or false when a key fails.
+template <NReads kReads>
+bool LoadWalk(const NSessionFolder& folder, const NIniFileStore& store, NValueBuffers& buffers,
+              std::uint64_t* values) {
+  *values = 0;
+  for (const NKeyPath& path : folder.keys) {
+    NReportMessageParams params;
+    std::unique_ptr<NIniFileKey> key = NIniFileKey::Open(store, path, true, params);
+    if (!key) return false;
+    if constexpr (kReads == NReads::kAllByName) *values += ReadAllValues(*key, folder.fields, buffers);
+    if constexpr (kReads == NReads::kIterated) *values += IterateAllValues(*key, buffers);
+  }
+  benchmark::DoNotOptimize(*values);
+  return true;
+}
+
 template <NReads kReads>
 void StoreWalk(benchmark::State& state) {
   const NSessionFolder* folder = FolderOrSkip(state);
@@ -388,18 +412,10 @@ void StoreWalk(benchmark::State& state) {
   NWalkClock clock;
   for (auto _ : state) {
     clock.Start();
-    values = 0;
-    for (const NKeyPath& path : folder->keys) {
-      NReportMessageParams params;
-      std::unique_ptr<NIniFileKey> key = NIniFileKey::Open(store, path, true, params);
-      if (!key) {
-        state.SkipWithError("a session key could not be opened");
-        return;
-      }
-      if constexpr (kReads == NReads::kAllByName) values += ReadAllValues(*key, folder->fields, buffers);
-      if constexpr (kReads == NReads::kIterated) values += IterateAllValues(*key, buffers);
+    if (!LoadWalk<kReads>(*folder, store, buffers, &values)) {
+      state.SkipWithError("a session key could not be opened");
+      return;
     }
-    benchmark::DoNotOptimize(values);
     clock.Stop();
   }
   clock.SetCounters(state, folder->files.size(), folder->bytes);
@@ -413,6 +429,27 @@ void BM_StoreLoadAndReadAll(benchmark::State& state) { StoreWalk<NReads::kAllByN
 void BM_StoreLoadAndIterate(benchmark::State& state) { StoreWalk<NReads::kIterated>(state); }
 // Every key loaded and nothing read: what loading alone costs.
 void BM_StoreLoadOnly(benchmark::State& state) { StoreWalk<NReads::kNone>(state); }
+
+// The load and read of every key against the floor's walk over the same
+// files, both in every iteration: the ratio of the two as one figure.
+void BM_LoadAndReadAllOverFloor(benchmark::State& state) {
+  const NSessionFolder* folder = FolderOrSkip(state);
+  if (!folder) return;
+  NIniFileStore store(NUnicodeString::FromUtf8(folder->root), NUnicodeString(), NPlatform::Default());
+  NBareReader reader;
+  NValueBuffers buffers;
+  std::uint64_t values = 0;
+  NPairedRatio pairs;
+  for (auto _ : state) {
+    if (!pairs.Run([&] { return FloorWalk(*folder, reader); },
+                   [&] { return LoadWalk<NReads::kAllByName>(*folder, store, buffers, &values); })) {
+      state.SkipWithError("a session file could not be read or its key loaded");
+      return;
+    }
+  }
+  pairs.SetCounters(state, static_cast<double>(folder->files.size()));
+  state.counters["values_per_file"] = static_cast<double>(values) / static_cast<double>(folder->files.size());
+}
 
 // ---- The value table alone, on texts already in memory ----
 
@@ -680,7 +717,8 @@ void RegisterBenchmarks() {
   constexpr struct NSize {
     int sessions;
     int iterations;
-  } kSizes[] = {{1000, 20}, {10000, 3}, {50000, 1}};
+    int pairs;  // odd, for a median of its own
+  } kSizes[] = {{1000, 20, 21}, {10000, 3, 7}, {50000, 1, 3}};
   for (const auto& size : kSizes) {
     for (const NCase& walk : kWalks) {
       benchmark::RegisterBenchmark(walk.name, walk.function)
@@ -690,6 +728,12 @@ void RegisterBenchmarks() {
           ->Unit(benchmark::kMillisecond)
           ->UseRealTime();
     }
+    benchmark::RegisterBenchmark("BM_LoadAndReadAllOverFloor", BM_LoadAndReadAllOverFloor)
+        ->Arg(size.sessions)
+        ->ArgName("sessions")
+        ->Iterations(size.pairs)
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
   }
   constexpr NCase kSaves[] = {{"BM_FloorCutWrite", BM_FloorCutWrite}, {"BM_StoreSave", BM_StoreSave}};
   for (const int sync : {0, 1}) {
