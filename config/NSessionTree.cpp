@@ -54,9 +54,7 @@ bool NSessionTree::WalkFolder(NProfileKey& folder, const NUnicodeString& prefix,
       continue;
     }
     std::unique_ptr<NProfileKey> child;
-    if (kind == kSubKeyFile && m_detail == Detail::kNamesAndKinds) {
-      entry.isSession = true;
-    } else if (kind != kSubKeyFolder) {
+    if (kind != kSubKeyFolder) {
       NReportMessageParams why;
       child = folder.OpenSubKey(name, why);
       if (!child) {

@@ -23,14 +23,14 @@ struct NSessionTreeEntry {
 // before what it holds. A child whose name contains "__FolderData__" (in any
 // case: key names match without case) holds a folder's own settings and is
 // skipped. A child with "Is Session" is a session, and what lies beneath it
-// is not walked; any other child is a folder and is walked to every depth.
+// is not walked; any other child is a folder and is walked to every depth,
+// even when it has a file of its own holding other values.
 //
-// Cheap where it can be: only a key with a file of its own can hold "Is
-// Session", so a sub-key that is a folder alone (kind 5) is taken for a
-// folder without reading anything, and the keys opened are dropped at once.
-// A session key is still loaded to read "Is Session", so hand the walk a
-// root key of a store without a private root when names and kinds are all
-// that is needed: "Is Session" lives in the main file.
+// Only a key with a file of its own can hold "Is Session", so a sub-key that
+// is a folder alone (kind 5) is taken for a folder without reading anything;
+// every other key is loaded to read it, and dropped after its visit. Hand the
+// walk a root key of a store without a private root when names and kinds are
+// all that is needed: "Is Session" lives in the main file.
 class NSessionTree {
  public:
   static constexpr std::u16string_view kSessionsKey = u"Sessions";
@@ -40,20 +40,8 @@ class NSessionTree {
   // Receives each entry; false stops the walk.
   using Visitor = std::function<bool(const NSessionTreeEntry& entry)>;
 
-  // How a key with a file is told apart from a folder.
-  enum class Detail {
-    // By reading "Is Session" from it: exact, and a key is opened (and so
-    // loaded) for every session.
-    kExact,
-    // By the store's kinds alone, for listings: a key with a file and no
-    // folder beneath is taken for a session without being read (a key file
-    // without "Is Session" is so rare that a listing may show it as one);
-    // a key with both is still read. No session is opened.
-    kNamesAndKinds,
-  };
-
   // `root` must outlive the tree.
-  explicit NSessionTree(NProfileKey& root, Detail detail = Detail::kExact) : m_root(root), m_detail(detail) {}
+  explicit NSessionTree(NProfileKey& root) : m_root(root) {}
 
   // True when every entry was reported: a missing "Sessions" is an empty
   // tree. False when the visitor stopped the walk (Stopped(), params
@@ -76,6 +64,5 @@ class NSessionTree {
                   NReportMessageParams& params);
 
   NProfileKey& m_root;
-  Detail m_detail;
   bool m_stopped = false;
 };

@@ -51,7 +51,7 @@ int NSessionCommands::List() {
   std::unique_ptr<NProfileKey> root = store->OpenRootKey(true, params);
   if (!root) return Failed("open the configuration folder", params);
   std::string lines;
-  NSessionTree tree(*root, NSessionTree::Detail::kNamesAndKinds);
+  NSessionTree tree(*root);
   const bool walked = tree.Walk(
       [&lines](const NSessionTreeEntry& entry) {
         lines += entry.path.ToUtf8() + (entry.isSession ? "\n" : "\\\n");

@@ -2,6 +2,7 @@
 
 #include <charconv>
 
+#include "config/NSessionTree.h"
 #include "location/NReportMessageParams.h"
 #include "platform/NPlatform.h"
 #include "store/NIniFileKey.h"
@@ -116,9 +117,15 @@ void CollectKeys(NPlatform& platform, const NIniFileStore& store, const NKeyPath
 NStoreCommands::NStoreCommands(const std::string& folder)
     : m_folder(folder), m_store(NUnicodeString::FromUtf8(folder), NUnicodeString()) {}
 
-bool NStoreCommands::ParsePath(const std::string& key, NKeyPath* path) {
-  if (key.empty() || path->Append(NUnicodeString::FromUtf8(key), true)) return true;
-  NErr("cfgdeck: '" + key + "' is not a valid key path (names separated by \\ or /, none empty, \".\" or \"..\")\n");
+bool NStoreCommands::ParsePath(const std::string& key, NKeyPath* path, bool rootAllowed) {
+  if (key.empty()) {
+    if (rootAllowed) return true;
+    NErr("cfgdeck: name a key: the empty path is the folder itself, which holds no values\n");
+    return false;
+  }
+  if (path->Append(NUnicodeString::FromUtf8(key), true)) return true;
+  NErr("cfgdeck: refused key path '" + key + "': names separated by \\ or /, none empty, \".\" or \"..\", and "
+       "none leaving the folder\n");
   return false;
 }
 
@@ -131,7 +138,7 @@ std::unique_ptr<NIniFileKey> NStoreCommands::OpenKey(const NKeyPath& path, bool 
 
 int NStoreCommands::Dump(const std::string& keyPath) {
   NKeyPath path;
-  if (!ParsePath(keyPath, &path)) return kExitUsage;
+  if (!ParsePath(keyPath, &path)) return kExitFailure;
   auto key = OpenKey(path, true);
   if (!key) return kExitFailure;
   NTextFile out;
@@ -142,7 +149,7 @@ int NStoreCommands::Dump(const std::string& keyPath) {
 
 int NStoreCommands::Iterate(const std::string& keyPath, bool values) {
   NKeyPath path;
-  if (!ParsePath(keyPath, &path)) return kExitUsage;
+  if (!ParsePath(keyPath, &path, !values)) return kExitFailure;
   auto key = OpenKey(path, true);
   if (!key) return kExitFailure;
   auto iterator = key->CreateIterator(values);
@@ -160,8 +167,7 @@ int NStoreCommands::Values(const std::string& key) { return Iterate(key, true); 
 
 int NStoreCommands::Set(const std::string& keyPath, const std::string& name, const NewValue& value) {
   NKeyPath path;
-  if (!ParsePath(keyPath, &path)) return kExitUsage;
-  if (path.IsRoot()) return Misuse("the root of the folder holds no values; name a key");
+  if (!ParsePath(keyPath, &path)) return kExitFailure;
   const NUnicodeString valueName = NUnicodeString::FromUtf8(name);
   std::uint32_t dword = 0;
   std::string bytes;
@@ -196,7 +202,7 @@ int NStoreCommands::Set(const std::string& keyPath, const std::string& name, con
 
 int NStoreCommands::Delete(const std::string& keyPath, const std::string& name) {
   NKeyPath path;
-  if (!ParsePath(keyPath, &path)) return kExitUsage;
+  if (!ParsePath(keyPath, &path)) return kExitFailure;
   auto key = OpenKey(path, false);
   if (!key) return kExitFailure;
   if (!key->DeleteValue(NUnicodeString::FromUtf8(name))) return Refuse("key '" + keyPath + "' has no value '" + name + "'");
@@ -207,8 +213,7 @@ int NStoreCommands::Delete(const std::string& keyPath, const std::string& name) 
 
 int NStoreCommands::DeleteKey(const std::string& keyPath) {
   NKeyPath path;
-  if (!ParsePath(keyPath, &path)) return kExitUsage;
-  if (path.IsRoot()) return Misuse("name the key to delete; the whole folder cannot be deleted this way");
+  if (!ParsePath(keyPath, &path)) return kExitFailure;
   auto parent = OpenKey(path.Parent(), false);
   if (!parent) return kExitFailure;
   const NUnicodeString leaf(path.Leaf());
@@ -220,7 +225,7 @@ int NStoreCommands::DeleteKey(const std::string& keyPath) {
 
 int NStoreCommands::Check(const std::string& keyPath) {
   NKeyPath path;
-  if (!ParsePath(keyPath, &path)) return kExitUsage;
+  if (!ParsePath(keyPath, &path, true)) return kExitFailure;
   NPlatform& platform = m_store.Platform();
   const NUnicodeString folder = path.Under(m_store.Root(), platform.PathSeparator());
   const bool hasFolder = platform.IsFolder(folder);
@@ -275,38 +280,6 @@ int NStoreCommands::Check(const std::string& keyPath) {
   return problems == 0 ? kExitSuccess : kExitFailure;
 }
 
-namespace {
-
-struct SessionCount {
-  std::size_t sessions = 0;
-  std::size_t folders = 0;
-};
-
-// Sessions are the keys with "Is Session"; other keys are folders of them,
-// and "__FolderData__" keys hold a folder's own data.
-void CountSessions(const NIniFileStore& store, const NKeyPath& path, SessionCount* count) {
-  NPlatform& platform = store.Platform();
-  NIniFileKey::Iterator children(platform, path.Under(store.Root(), platform.PathSeparator()));
-  NUnicodeString name;
-  std::uint32_t kind;
-  while (children.Next(&name, &kind)) {
-    NKeyPath child = path;
-    if (name == u"__FolderData__" || !child.Append(name)) continue;
-    std::uint32_t isSession = 0;
-    if (kind != kSubKeyFolder) {
-      NReportMessageParams params;
-      auto key = NIniFileKey::Open(store, child, true, params);
-      if (key && key->GetDwordValue(u"Is Session", &isSession) && isSession != 0) {
-        ++count->sessions;
-        continue;
-      }
-    }
-    ++count->folders;
-    CountSessions(store, child, count);
-  }
-}
-
-}  // namespace
 
 int NStoreCommands::Overview() {
   NPlatform& platform = m_store.Platform();
@@ -326,11 +299,18 @@ int NStoreCommands::Overview() {
     }
     lines += line + "\n";
   }
-  NKeyPath sessions;
-  (void)sessions.Append(u"Sessions");
-  SessionCount count;
-  CountSessions(m_store, sessions, &count);
-  lines += "Sessions: " + std::to_string(count.sessions) + " in " + std::to_string(count.folders) + " folders\n";
+  std::size_t sessions = 0, folders = 0;
+  NReportMessageParams params;
+  std::unique_ptr<NProfileKey> root = m_store.OpenRootKey(true, params);
+  if (!root) return Failed("cannot open the configuration folder", params);
+  NSessionTree tree(*root);
+  const bool walked = tree.Walk(
+      [&](const NSessionTreeEntry& entry) {
+        ++(entry.isSession ? sessions : folders);
+        return true;
+      },
+      params);
+  lines += "Sessions: " + std::to_string(sessions) + " in " + std::to_string(folders) + " folders\n";
   NOut(lines);
-  return kExitSuccess;
+  return walked ? kExitSuccess : Failed("cannot walk the sessions", params);
 }

@@ -36,7 +36,10 @@ class NStoreCommands {
   int Overview();
 
  private:
-  bool ParsePath(const std::string& key, NKeyPath* path);
+  // False, with the reason on stderr, for a path the tool refuses: one that
+  // is malformed or leaves the folder, or the empty path (the folder itself)
+  // where `rootAllowed` is false.
+  bool ParsePath(const std::string& key, NKeyPath* path, bool rootAllowed = false);
   std::unique_ptr<NIniFileKey> OpenKey(const NKeyPath& path, bool readOnly);
   int Iterate(const std::string& key, bool values);
 

@@ -110,8 +110,13 @@ run "${cfg[@]}" set Sessions/New/one Port --dword 4294967296
 check "a DWORD out of range is bad usage" 2 "$status"
 run "${cfg[@]}" set Sessions/New/one Blob --binary abc
 check "odd hex is bad usage" 2 "$status"
-run "${cfg[@]}" set ../outside x --dword 1
-check "a path leaving the folder is bad usage" 2 "$status"
+for refused in ../outside '..\outside' Sessions/./x ''; do
+  run "${cfg[@]}" set "$refused" x --dword 1
+  check "set '$refused' is refused, not bad usage" 1 "$status"
+  run "${cfg[@]}" dump "$refused"
+  check "dump '$refused' is refused, not bad usage" 1 "$status"
+  [[ -n "$err" ]]; check "dump '$refused' says why" 0 $?
+done
 [[ ! -e "$scratch/outside.ini" ]]; check "nothing written outside" 0 $?
 run "${cfg[@]}" set Sessions/New/one x
 check "set without a value is bad usage" 2 "$status"
@@ -173,9 +178,13 @@ mkdir -p "$sessions_dir/config/Sessions/Lab/Deep"
 printf '\xef\xbb\xbfS:"Note"=folder settings\r\n' > "$sessions_dir/config/Sessions/Lab/__FolderData__.ini"
 printf '\xef\xbb\xbfD:"Is Session"=00000001\r\nS:"Login Script"=login:\tme\r\n' \
   > "$sessions_dir/config/Sessions/Lab/Deep/old.ini"
+# A key file without "Is Session" is a folder, whatever else it holds.
+printf '\xef\xbb\xbfS:"Description"=only a description\r\n' > "$sessions_dir/config/Sessions/F2.ini"
 run "${scfg[@]}" sessions
 check "sessions lists the tree depth first, folders with a trailing \\" \
-  $'Default\nLab\\\nLab\\Deep\\\nLab\\Deep\\old\nLab\\router1\nLab\\switch-console\nProduction\\\nProduction\\mainframe\nProduction\\web01\n' "$out"
+  $'Default\nF2\\\nLab\\\nLab\\Deep\\\nLab\\Deep\\old\nLab\\router1\nLab\\switch-console\nProduction\\\nProduction\\mainframe\nProduction\\web01\n' "$out"
+run "${scfg[@]}"
+[[ "$out" == *$'\nSessions: 6 in 4 folders\n'* ]]; check "the overview counts by the same rule as the walk" 0 $?
 run "${scfg[@]}" session Lab/Deep/old
 check "session exit" 0 "$status"
 [[ "$out" == *$'\nLogin Script V3=["\\"login:\\",\\"me\\",0"]\n'* && "$out" == *$'\nRows=24\n'* ]]
