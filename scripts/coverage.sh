@@ -25,7 +25,8 @@ ctest --test-dir "$build" -j "$(nproc)" --output-on-failure >"$build/ctest.log" 
   exit 1
 }
 
-gcovr --root . --object-directory "$build" \
+# Only this build's counters: other build folders under the tree hold theirs.
+gcovr "$build" --root . --object-directory "$build" \
   --filter '(base|platform|store|config|location|printing|dialogs|uicore)/' \
   --exclude '.*_test\.cpp$' --exclude 'platform/testing/' \
   --exclude-unreachable-branches --exclude-throw-branches \
