@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <functional>
 #include <set>
 #include <string>
 #include <vector>
@@ -46,29 +47,18 @@ std::string IconFile(const std::vector<int>& widths) {
 // The width an image of IconFile() says it has.
 int WidthOf(std::string_view image) { return image.size() < 8 ? -1 : static_cast<int>(Read32(image, 4)); }
 
-// ---- The library's own icons ------------------------------------------------
-
-TEST(NLibraryIcons, HoldsExactlyTheFourStatusIconsInOrder) {
+TEST(NLibraryIcons, AreTheFourStatusIconFilesInOrderEachWithA16PixelImage) {
   std::vector<int> ids;
   for (const NLibraryIcon& icon : NLibraryIcons()) ids.push_back(icon.resourceId);
   EXPECT_EQ(ids, std::vector<int>(std::begin(kStatusIconIds), std::end(kStatusIconIds)));
-}
-
-TEST(NLibraryIcons, EmbedsTheIconFilesByteForByte) {
   const char* files[] = {"status_connected.ico", "status_disconnected.ico", "status_new_input.ico",
                          "status_locked.ico"};
   for (std::size_t i = 0; i < std::size(files); ++i) {
     SCOPED_TRACE(files[i]);
     const std::string onDisk = NReadFileBytes(std::string(CFGDECK_ICON_FOLDER) + "/" + files[i]);
     ASSERT_FALSE(onDisk.empty());
-    EXPECT_EQ(NLibraryIconBytes(kStatusIconIds[i]), onDisk);
-  }
-}
-
-TEST(NLibraryIcons, EveryIconIsAnIconFileWithA16PixelImage) {
-  for (const int id : kStatusIconIds) {
-    SCOPED_TRACE(id);
-    const std::string_view bytes = NLibraryIconBytes(id);
+    const std::string_view bytes = NLibraryIconBytes(kStatusIconIds[i]);
+    EXPECT_EQ(bytes, onDisk);
     ASSERT_GE(bytes.size(), 6u + 16u);
     EXPECT_EQ(Read16(bytes, 0), 0u);  // reserved
     EXPECT_EQ(Read16(bytes, 2), 1u);  // an icon, not a cursor
@@ -85,15 +75,7 @@ TEST(NLibraryIcons, EveryIconIsAnIconFileWithA16PixelImage) {
   }
 }
 
-TEST(NLibraryIcons, UnknownIdsHaveNoBytesAndNoHandle) {
-  for (const int id : {0, 1, -1, 5017, 5022, 5018 + 65536, -5018}) {
-    SCOPED_TRACE(id);
-    EXPECT_TRUE(NLibraryIconBytes(id).empty());
-    EXPECT_EQ(NLoadLibraryIcon(id), nullptr);
-  }
-}
-
-TEST(NLibraryIcons, EveryIdLoadsToItsOwnHandleAgainAndAgain) {
+TEST(NLibraryIcons, EveryIdLoadsToItsOwnHandleAgainAndAgainAndUnknownIdsToNone) {
   std::set<NIconHandle> handles;
   for (const int id : kStatusIconIds) {
     SCOPED_TRACE(id);
@@ -103,54 +85,51 @@ TEST(NLibraryIcons, EveryIdLoadsToItsOwnHandleAgainAndAgain) {
     handles.insert(first);
   }
   EXPECT_EQ(handles.size(), std::size(kStatusIconIds));
+  for (const int id : {0, 1, -1, 5017, 5022, 5018 + 65536, -5018}) {
+    SCOPED_TRACE(id);
+    EXPECT_TRUE(NLibraryIconBytes(id).empty());
+    EXPECT_EQ(NLoadLibraryIcon(id), nullptr);
+  }
 }
-
-// ---- Choosing an image from an icon file ------------------------------------
 
 TEST(NIconImage, ChoosesTheExactWidthElseTheNearestWiderElseTheWidest) {
-  const std::string file = IconFile({32, 16, 48});
-  EXPECT_EQ(WidthOf(NIconImage(file, 16)), 16);
-  EXPECT_EQ(WidthOf(NIconImage(file, 32)), 32);
-  EXPECT_EQ(WidthOf(NIconImage(file, 48)), 48);
-  EXPECT_EQ(WidthOf(NIconImage(file, 20)), 32);
-  EXPECT_EQ(WidthOf(NIconImage(file, 8)), 16);
-  EXPECT_EQ(WidthOf(NIconImage(file, 64)), 48);
-  EXPECT_EQ(WidthOf(NIconImage(IconFile({16, 32}), 24)), 32);
-  EXPECT_EQ(WidthOf(NIconImage(IconFile({24}), 16)), 24);
-}
-
-TEST(NIconImage, ReadsAWidthOfZeroAs256) {
-  const std::string file = IconFile({256, 16});
-  EXPECT_EQ(WidthOf(NIconImage(file, 256)), 256);
-  EXPECT_EQ(WidthOf(NIconImage(file, 100)), 256);
+  const struct {
+    std::vector<int> widths;
+    int wanted, chosen;
+  } rows[] = {
+      {{32, 16, 48}, 16, 16}, {{32, 16, 48}, 32, 32}, {{32, 16, 48}, 48, 48}, {{32, 16, 48}, 20, 32},
+      {{32, 16, 48}, 8, 16},  {{32, 16, 48}, 64, 48}, {{16, 32}, 24, 32},     {{24}, 16, 24},
+      {{256, 16}, 256, 256},  {{256, 16}, 100, 256},  // 256 is written as 0
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(WidthOf(NIconImage(IconFile(row.widths), row.wanted)), row.chosen)
+        << row.wanted << " of " << testing::PrintToString(row.widths);
+  }
 }
 
 TEST(NIconImage, RefusesWhatIsNoWellFormedIconFile) {
   const std::string good = IconFile({16, 32});
   ASSERT_FALSE(NIconImage(good, 16).empty());
-  EXPECT_TRUE(NIconImage("", 16).empty());
-  EXPECT_TRUE(NIconImage(good.substr(0, 5), 16).empty());
-  EXPECT_TRUE(NIconImage(good.substr(0, 6 + 16), 16).empty());           // the second entry is cut
-  EXPECT_TRUE(NIconImage(good.substr(0, good.size() - 1), 16).empty());  // the last image is cut
-
-  std::string damaged = good;
-  damaged[0] = 1;
-  EXPECT_TRUE(NIconImage(damaged, 16).empty()) << "reserved word";
-  damaged = good;
-  damaged[2] = 2;
-  EXPECT_TRUE(NIconImage(damaged, 16).empty()) << "a cursor";
-  damaged = good;
-  damaged[4] = 0;
-  EXPECT_TRUE(NIconImage(damaged, 16).empty()) << "no images";
-  damaged = good;
-  Put32(&damaged, 6 + 16 + 12, 0xFFFFFFF0);
-  EXPECT_TRUE(NIconImage(damaged, 16).empty()) << "offset far beyond the end, in an image not chosen";
-  damaged = good;
-  Put32(&damaged, 6 + 8, 0xFFFFFFFF);
-  EXPECT_TRUE(NIconImage(damaged, 16).empty()) << "size wrapping around";
-  damaged = good;
-  Put32(&damaged, 6 + 8, 0);
-  EXPECT_TRUE(NIconImage(damaged, 16).empty()) << "empty image";
+  const struct {
+    const char* what;
+    std::function<void(std::string*)> damage;
+  } rows[] = {
+      {"empty", [](std::string* f) { f->clear(); }},
+      {"header cut", [](std::string* f) { f->resize(5); }},
+      {"second entry cut", [](std::string* f) { f->resize(6 + 16); }},
+      {"last image cut", [](std::string* f) { f->pop_back(); }},
+      {"reserved word", [](std::string* f) { (*f)[0] = 1; }},
+      {"a cursor", [](std::string* f) { (*f)[2] = 2; }},
+      {"no images", [](std::string* f) { (*f)[4] = 0; }},
+      {"offset far beyond the end, in an image not chosen", [](std::string* f) { Put32(f, 6 + 16 + 12, 0xFFFFFFF0); }},
+      {"size wrapping around", [](std::string* f) { Put32(f, 6 + 8, 0xFFFFFFFF); }},
+      {"empty image", [](std::string* f) { Put32(f, 6 + 8, 0); }},
+  };
+  for (const auto& row : rows) {
+    std::string damaged = good;
+    row.damage(&damaged);
+    EXPECT_TRUE(NIconImage(damaged, 16).empty()) << row.what;
+  }
 }
 
 }  // namespace

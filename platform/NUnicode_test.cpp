@@ -5,23 +5,14 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace {
 
-// Code units as hex, so that a failure shows what came out instead of mojibake.
-std::string Hex(std::u16string_view s) {
-  std::string out;
-  char buffer[8];
-  for (char16_t c : s) {
-    std::snprintf(buffer, sizeof buffer, "%04X ", static_cast<unsigned>(c));
-    out += buffer;
-  }
-  return out;
-}
+// Code units spelled out, so that a failure shows what came out instead of mojibake.
+std::string Show(std::u16string_view s) { return testing::PrintToString(std::u16string(s)); }
 
 int Sign(int value) { return (value > 0) - (value < 0); }
 
@@ -49,7 +40,7 @@ TEST(NUnicodeTest, Utf8AndUtf16RoundTripIncludingASurrogatePair) {
   const std::u16string_view utf16 = u"K\u00F6nig \u65E5\u672C \U0001F600!";
   ASSERT_EQ(utf16.substr(9, 2), (std::u16string{0xD83D, 0xDE00}));  // the literal really is a pair
 
-  EXPECT_EQ(NUtf8ToUtf16(utf8), utf16) << Hex(NUtf8ToUtf16(utf8));
+  EXPECT_EQ(NUtf8ToUtf16(utf8), utf16);
   EXPECT_EQ(NUtf16ToUtf8(utf16), utf8);
   EXPECT_EQ(NUtf8ToUtf16(""), u"");
   EXPECT_EQ(NUtf16ToUtf8(u""), "");
@@ -58,27 +49,19 @@ TEST(NUnicodeTest, Utf8AndUtf16RoundTripIncludingASurrogatePair) {
   EXPECT_EQ(NUtf16ToUtf8(std::u16string_view(u"a\0b", 3)), std::string_view("a\0b", 3));
 }
 
-TEST(NUnicodeTest, MalformedUtf8BecomesReplacementCharactersAndNothingElseIsLost) {
-  for (const DecodeCase& c : kMalformedUtf8) {
-    const std::u16string decoded = NUtf8ToUtf16(c.utf8);
-    EXPECT_EQ(decoded, c.utf16) << c.name << ": " << Hex(decoded);
-  }
-}
-
-TEST(NUnicodeTest, LoneSurrogatesInUtf16BecomeReplacementCharacters) {
+TEST(NUnicodeTest, MalformedTextBecomesReplacementCharactersAndNothingElseIsLost) {
+  for (const DecodeCase& c : kMalformedUtf8) EXPECT_EQ(NUtf8ToUtf16(c.utf8), c.utf16) << c.name;
   const struct {
     const char* name;
     std::u16string utf16;
     std::string_view utf8;
-  } cases[] = {
+  } loneSurrogates[] = {
       {"lone high in the middle", {u'a', 0xD800, u'z'}, "a\xEF\xBF\xBDz"},
       {"lone low in the middle", {u'a', 0xDC00, u'z'}, "a\xEF\xBF\xBDz"},
       {"high at the end", {u'a', 0xD83D}, "a\xEF\xBF\xBD"},
       {"low before high", {0xDE00, 0xD83D, u'z'}, "\xEF\xBF\xBD\xEF\xBF\xBDz"},
   };
-  for (const auto& c : cases) {
-    EXPECT_EQ(NUtf16ToUtf8(c.utf16), c.utf8) << c.name;
-  }
+  for (const auto& c : loneSurrogates) EXPECT_EQ(NUtf16ToUtf8(c.utf16), c.utf8) << c.name;
 }
 
 TEST(NUnicodeTest, IsValidUtf8AcceptsWellFormedTextAndRejectsEveryMalformedForm) {
@@ -102,30 +85,17 @@ TEST(NUnicodeTest, IsValidUtf8AcceptsWellFormedTextAndRejectsEveryMalformedForm)
   EXPECT_FALSE(NIsValidUtf8(longPrefix));
 }
 
-TEST(NUnicodeTest, CompareIgnoreCaseTreatsCaseVariantsAsEqual) {
+TEST(NUnicodeTest, CompareIgnoreCaseEquatesCaseVariantsAndOrdersByLowerCaseFoldingWithAPrefixFirst) {
   const struct {
-    std::u16string_view a;
-    std::u16string_view b;
-  } equal[] = {
-      {u"Section", u"SECTION"},
-      {u"\u00C9T\u00C9", u"\u00E9t\u00E9"},            // ÉTÉ / été
-      {u"\u03A3\u03C3", u"\u03C3\u03A3"},              // Σσ
-      {u"\u041F\u0420\u0418\u0412\u0415\u0422", u"\u043F\u0440\u0438\u0432\u0435\u0442"},  // ПРИВЕТ
-      {u"\u0401", u"\u0451"},                                                              // Ё / ё
-      {u"", u""},
-  };
-  for (const auto& c : equal) {
-    EXPECT_EQ(NCompareIgnoreCase(c.a, c.b), 0) << Hex(c.a) << "vs " << Hex(c.b);
-    EXPECT_EQ(NCompareIgnoreCase(c.b, c.a), 0) << Hex(c.b) << "vs " << Hex(c.a);
-  }
-}
-
-TEST(NUnicodeTest, CompareIgnoreCaseOrdersByLowerCaseFoldingAndPutsAPrefixFirst) {
-  const struct {
-    std::u16string_view a;
-    std::u16string_view b;
+    std::u16string_view a, b;
     int sign;
-  } cases[] = {
+  } rows[] = {
+      {u"Section", u"SECTION", 0},
+      {u"\u00C9T\u00C9", u"\u00E9t\u00E9", 0},                                                // ÉTÉ / été
+      {u"\u03A3\u03C3", u"\u03C3\u03A3", 0},                                                  // Σσ
+      {u"\u041F\u0420\u0418\u0412\u0415\u0422", u"\u043F\u0440\u0438\u0432\u0435\u0442", 0},  // ПРИВЕТ
+      {u"\u0401", u"\u0451", 0},                                                              // Ё / ё
+      {u"", u"", 0},
       {u"__FolderData__", u"abc", -1},  // '_' sorts below every letter once folded to lower case
       {u"_", u"A", -1},
       {u"[", u"a", -1},
@@ -137,9 +107,10 @@ TEST(NUnicodeTest, CompareIgnoreCaseOrdersByLowerCaseFoldingAndPutsAPrefixFirst)
       {u"e", u"\u00E9", -1},
       {u"\u03C3", u"\u03A4", -1},  // σ before Τ
   };
-  for (const auto& c : cases) {
-    EXPECT_EQ(Sign(NCompareIgnoreCase(c.a, c.b)), c.sign) << Hex(c.a) << "vs " << Hex(c.b);
-    EXPECT_EQ(Sign(NCompareIgnoreCase(c.b, c.a)), -c.sign) << Hex(c.b) << "vs " << Hex(c.a);
+  for (const auto& row : rows) {
+    SCOPED_TRACE(Show(row.a) + " vs " + Show(row.b));
+    EXPECT_EQ(Sign(NCompareIgnoreCase(row.a, row.b)), row.sign);
+    EXPECT_EQ(Sign(NCompareIgnoreCase(row.b, row.a)), -row.sign);
   }
 }
 
@@ -150,15 +121,15 @@ TEST(NUnicodeTest, FoldCaseAgreesWithCompareIgnoreCaseOverTheWholeBmp) {
     const char16_t c = static_cast<char16_t>(u);
     const char16_t folded = NFoldCase(c);
     if (c >= 0xD800 && c <= 0xDFFF) {
-      if (folded != c) faults.push_back("surrogate changed: " + Hex({&c, 1}));
+      if (folded != c) faults.push_back("surrogate changed: " + Show({&c, 1}));
       continue;
     }
-    if (NFoldCase(folded) != folded) faults.push_back("folding twice differs: " + Hex({&c, 1}));
-    if (NCompareIgnoreCase({&c, 1}, {&folded, 1}) != 0) faults.push_back("unequal to its fold: " + Hex({&c, 1}));
+    if (NFoldCase(folded) != folded) faults.push_back("folding twice differs: " + Show({&c, 1}));
+    if (NCompareIgnoreCase({&c, 1}, {&folded, 1}) != 0) faults.push_back("unequal to its fold: " + Show({&c, 1}));
     for (char16_t p : probes) {
       const int expected = Sign(static_cast<int>(folded) - static_cast<int>(NFoldCase(p)));
       if (Sign(NCompareIgnoreCase({&c, 1}, {&p, 1})) != expected) {
-        faults.push_back("order against " + Hex({&p, 1}) + "differs: " + Hex({&c, 1}));
+        faults.push_back("order against " + Show({&p, 1}) + " differs: " + Show({&c, 1}));
       }
     }
   }

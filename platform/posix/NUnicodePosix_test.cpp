@@ -2,23 +2,15 @@
 // text that is UTF-8 where it is valid UTF-8 and Windows-1252 otherwise.
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "platform/NUnicode.h"
 
 namespace {
 
-std::string Hex(std::u16string_view s) {
-  std::string out;
-  char buffer[8];
-  for (char16_t c : s) {
-    std::snprintf(buffer, sizeof buffer, "%04X ", static_cast<unsigned>(c));
-    out += buffer;
-  }
-  return out;
-}
+std::string Show(std::u16string_view s) { return testing::PrintToString(std::u16string(s)); }
 
 TEST(NUnicodePosixTest, AnsiReadsValidUtf8AsUtf8AndAnythingElseAsWindows1252) {
   const struct {
@@ -39,22 +31,17 @@ TEST(NUnicodePosixTest, AnsiReadsValidUtf8AsUtf8AndAnythingElseAsWindows1252) {
       {"empty", "", u""},
   };
   for (const auto& c : cases) {
-    const std::u16string decoded = NAnsiToUtf16(c.bytes);
-    EXPECT_EQ(decoded, c.expected) << c.name << ": " << Hex(decoded);
+    EXPECT_EQ(NAnsiToUtf16(c.bytes), c.expected) << c.name;
   }
 }
 
 TEST(NUnicodePosixTest, SimpleCaseFoldingEquatesFinalSigmaAndTheKelvinSign) {
-  const struct {
-    std::u16string_view a;
-    std::u16string_view b;
-  } equal[] = {
-      {u"\u03A3\u03C3\u03C2", u"\u03C3\u03C3\u03C3"},  // Σσς: final sigma folds to σ
-      {u"\u212A", u"k"},                                // Kelvin sign
-  };
-  for (const auto& c : equal) {
-    EXPECT_EQ(NCompareIgnoreCase(c.a, c.b), 0) << Hex(c.a) << "vs " << Hex(c.b);
-    EXPECT_EQ(NCompareIgnoreCase(c.b, c.a), 0) << Hex(c.b) << "vs " << Hex(c.a);
+  // Σσς: final sigma folds to σ; the Kelvin sign folds to k.
+  for (const auto& [a, b] :
+       {std::pair<std::u16string_view, std::u16string_view>{u"\u03A3\u03C3\u03C2", u"\u03C3\u03C3\u03C3"},
+        {u"\u212A", u"k"}}) {
+    EXPECT_EQ(NCompareIgnoreCase(a, b), 0) << Show(a) << " vs " << Show(b);
+    EXPECT_EQ(NCompareIgnoreCase(b, a), 0) << Show(b) << " vs " << Show(a);
   }
   EXPECT_EQ(NFoldCase(0x03C2), 0x03C3);
   EXPECT_EQ(NFoldCase(0x212A), u'k');

@@ -1,33 +1,20 @@
 #include "platform/testing/NFaultPlatform.h"
 
+#include <iterator>
 #include <utility>
 
 namespace {
 
-// The operation names the real platforms put in their errors, so that a
-// report from an injected failure reads like one from the system.
-const char* OperationName(NFaultKind kind) {
-  switch (kind) {
-    case NFaultKind::kOpen: return "open";
-    case NFaultKind::kRead: return "read";
-    case NFaultKind::kWrite: return "write";
-    case NFaultKind::kTruncate: return "truncate";
-    case NFaultKind::kReserve: return "reserve";
-    case NFaultKind::kLock: return "lock";
-    case NFaultKind::kUnlock: return "unlock";
-    case NFaultKind::kSync: return "sync";
-    case NFaultKind::kGetInfo: return "stat";
-    case NFaultKind::kDelete: return "delete";
-    case NFaultKind::kMove: return "move";
-    case NFaultKind::kCreateFolder: return "create folder";
-    case NFaultKind::kRemoveFolder: return "remove folder";
-    case NFaultKind::kListFolder: return "list folder";
-  }
-  return "unknown";
-}
+// The operation names the real platforms put in their errors, in the order
+// of NFaultKind, so that a report from an injected failure reads like one
+// from the system.
+constexpr const char* kOperationNames[] = {"open", "read",          "write",         "truncate",   "reserve",
+                                           "lock", "unlock",        "sync",          "stat",       "delete",
+                                           "move", "create folder", "remove folder", "list folder"};
+static_assert(std::size(kOperationNames) == kFaultKindCount);
 
 NStatus Injected(const NFault& fault, NFaultKind kind, std::u16string_view path) {
-  return NStatus::Error(fault.error, OperationName(kind), path);
+  return NStatus::Error(fault.error, kOperationNames[static_cast<std::size_t>(kind)], path);
 }
 
 }  // namespace
@@ -55,36 +42,31 @@ class NFaultPlatform::NFaultFile final : public NFile {
   }
 
   NStatus Truncate(std::uint64_t length) override {
-    if (auto fault = m_platform.Count(NFaultKind::kTruncate)) return Injected(*fault, NFaultKind::kTruncate, m_path);
-    return m_file->Truncate(length);
+    return Guarded(NFaultKind::kTruncate, [&] { return m_file->Truncate(length); });
   }
-
   NStatus Reserve(std::uint64_t length) override {
-    if (auto fault = m_platform.Count(NFaultKind::kReserve)) return Injected(*fault, NFaultKind::kReserve, m_path);
-    return m_file->Reserve(length);
+    return Guarded(NFaultKind::kReserve, [&] { return m_file->Reserve(length); });
   }
-
   NStatus Lock(std::uint64_t offset, std::uint64_t length, NLockKind kind, std::chrono::milliseconds timeout) override {
-    if (auto fault = m_platform.Count(NFaultKind::kLock)) return Injected(*fault, NFaultKind::kLock, m_path);
-    return m_file->Lock(offset, length, kind, timeout);
+    return Guarded(NFaultKind::kLock, [&] { return m_file->Lock(offset, length, kind, timeout); });
   }
-
   NStatus Unlock(std::uint64_t offset, std::uint64_t length) override {
-    if (auto fault = m_platform.Count(NFaultKind::kUnlock)) return Injected(*fault, NFaultKind::kUnlock, m_path);
-    return m_file->Unlock(offset, length);
+    return Guarded(NFaultKind::kUnlock, [&] { return m_file->Unlock(offset, length); });
   }
-
   NStatus GetInfo(NFileInfo* info) override {
-    if (auto fault = m_platform.Count(NFaultKind::kGetInfo)) return Injected(*fault, NFaultKind::kGetInfo, m_path);
-    return m_file->GetInfo(info);
+    return Guarded(NFaultKind::kGetInfo, [&] { return m_file->GetInfo(info); });
   }
-
   NStatus Sync() override {
-    if (auto fault = m_platform.Count(NFaultKind::kSync)) return Injected(*fault, NFaultKind::kSync, m_path);
-    return m_file->Sync();
+    return Guarded(NFaultKind::kSync, [&] { return m_file->Sync(); });
   }
 
  private:
+  template <typename Call>
+  NStatus Guarded(NFaultKind kind, Call call) {
+    if (auto fault = m_platform.Count(kind)) return Injected(*fault, kind, m_path);
+    return call();
+  }
+
   NFaultPlatform& m_platform;
   std::unique_ptr<NFile> m_file;
   std::u16string m_path;
@@ -146,40 +128,41 @@ std::optional<NFault> NFaultPlatform::Count(NFaultKind kind) {
   return std::nullopt;
 }
 
+template <typename Call>
+NStatus NFaultPlatform::Guarded(NFaultKind kind, std::u16string_view path, Call call) {
+  if (auto fault = Count(kind)) return Injected(*fault, kind, path);
+  return call();
+}
+
 NStatus NFaultPlatform::OpenFile(std::u16string_view path, const NOpenOptions& options, std::unique_ptr<NFile>* file) {
-  if (auto fault = Count(NFaultKind::kOpen)) return Injected(*fault, NFaultKind::kOpen, path);
-  std::unique_ptr<NFile> opened;
-  if (NStatus status = Target().OpenFile(path, options, &opened); !status) return status;
-  *file = std::make_unique<NFaultFile>(*this, std::move(opened), std::u16string(path));
-  return NStatus::Ok();
+  return Guarded(NFaultKind::kOpen, path, [&] {
+    std::unique_ptr<NFile> opened;
+    if (NStatus status = Target().OpenFile(path, options, &opened); !status) return status;
+    *file = std::make_unique<NFaultFile>(*this, std::move(opened), std::u16string(path));
+    return NStatus::Ok();
+  });
 }
 
 NStatus NFaultPlatform::DeleteFile(std::u16string_view path) {
-  if (auto fault = Count(NFaultKind::kDelete)) return Injected(*fault, NFaultKind::kDelete, path);
-  return Target().DeleteFile(path);
+  return Guarded(NFaultKind::kDelete, path, [&] { return Target().DeleteFile(path); });
 }
 
 NStatus NFaultPlatform::MoveFile(std::u16string_view from, std::u16string_view to) {
-  if (auto fault = Count(NFaultKind::kMove)) return Injected(*fault, NFaultKind::kMove, from);
-  return Target().MoveFile(from, to);
+  return Guarded(NFaultKind::kMove, from, [&] { return Target().MoveFile(from, to); });
 }
 
 NStatus NFaultPlatform::CreateFolder(std::u16string_view path, NFileSecurity security) {
-  if (auto fault = Count(NFaultKind::kCreateFolder)) return Injected(*fault, NFaultKind::kCreateFolder, path);
-  return Target().CreateFolder(path, security);
+  return Guarded(NFaultKind::kCreateFolder, path, [&] { return Target().CreateFolder(path, security); });
 }
 
 NStatus NFaultPlatform::RemoveFolder(std::u16string_view path) {
-  if (auto fault = Count(NFaultKind::kRemoveFolder)) return Injected(*fault, NFaultKind::kRemoveFolder, path);
-  return Target().RemoveFolder(path);
+  return Guarded(NFaultKind::kRemoveFolder, path, [&] { return Target().RemoveFolder(path); });
 }
 
 NStatus NFaultPlatform::ListFolder(std::u16string_view path, std::vector<NFolderEntry>* entries) {
-  if (auto fault = Count(NFaultKind::kListFolder)) return Injected(*fault, NFaultKind::kListFolder, path);
-  return Target().ListFolder(path, entries);
+  return Guarded(NFaultKind::kListFolder, path, [&] { return Target().ListFolder(path, entries); });
 }
 
 NStatus NFaultPlatform::ListFolderWithoutLinks(std::u16string_view path, std::vector<NFolderEntry>* entries) {
-  if (auto fault = Count(NFaultKind::kListFolder)) return Injected(*fault, NFaultKind::kListFolder, path);
-  return Target().ListFolderWithoutLinks(path, entries);
+  return Guarded(NFaultKind::kListFolder, path, [&] { return Target().ListFolderWithoutLinks(path, entries); });
 }

@@ -90,6 +90,9 @@ class NFaultPlatform : public NForwardingPlatform {
 
   // Counts one call of `kind`; the fault it must fail with, if any.
   std::optional<NFault> Count(NFaultKind kind);
+  // Counts the call and fails it, or makes it.
+  template <typename Call>
+  NStatus Guarded(NFaultKind kind, std::u16string_view path, Call call);
   void Inject(std::optional<NFaultKind> kind, int n, const NFault& fault);
 
   mutable std::mutex m_mutex;

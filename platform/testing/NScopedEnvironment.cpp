@@ -2,11 +2,9 @@
 
 #ifdef _WIN32
 #include <windows.h>
+#endif
 
 #include <stdlib.h>
-#else
-#include <stdlib.h>
-#endif
 
 #include "platform/NUnicode.h"
 

@@ -17,30 +17,16 @@ namespace {
 
 enum class NArgKind { kText, kNumber };
 
-struct NInsertion {
-  std::u16string spec;  // empty: the plain %k
-  NArgKind kind;
-};
+// Specs whose meaning Windows defines for the argument's kind ("": the plain
+// %k; "|" ends the spec, and text follows). Left out: specs Windows leaves
+// undefined (floating point, %n), %k!c! of a text, widths beyond what a test
+// needs, and "*" widths, which take the width from the argument before.
+const std::u16string_view kTextSpecs[] = {u"", u"s", u"ls", u"ws", u"5s", u"-5s", u".2s"};
+const std::u16string_view kNumberSpecs[] = {u"d",    u"u",   u"x", u"X", u"08x", u"#x",   u"+d",   u" d",
+                                            u"-6d|", u"05d", u"o", u"i", u"lu",  u"I64d", u"I64x", u"c"};
 
-// Insertions whose meaning Windows defines for the argument's kind. Left
-// out: specs Windows leaves undefined (floating point, %n), %k!c! of a text,
-// and widths beyond what a test needs.
-const std::vector<NInsertion>& Insertions() {
-  static const std::vector<NInsertion> insertions = {
-      {u"", NArgKind::kText},      {u"s", NArgKind::kText},     {u"ls", NArgKind::kText},
-      {u"ws", NArgKind::kText},    {u"5s", NArgKind::kText},    {u"-5s", NArgKind::kText},
-      {u".2s", NArgKind::kText},   {u"*s", NArgKind::kText},    {u"d", NArgKind::kNumber},
-      {u"u", NArgKind::kNumber},   {u"x", NArgKind::kNumber},   {u"X", NArgKind::kNumber},
-      {u"08x", NArgKind::kNumber}, {u"#x", NArgKind::kNumber},  {u"+d", NArgKind::kNumber},
-      {u" d", NArgKind::kNumber},  {u"-6d|", NArgKind::kNumber}, {u"05d", NArgKind::kNumber},
-      {u"o", NArgKind::kNumber},   {u"i", NArgKind::kNumber},   {u"lu", NArgKind::kNumber},
-      {u"I64d", NArgKind::kNumber}, {u"I64x", NArgKind::kNumber}, {u"c", NArgKind::kNumber},
-  };
-  return insertions;
-}
-
-const std::u16string_view kLiterals[] = {u"abc", u" ", u"x y", u"%%", u"%n", u"%r", u"%t", u"%.", u"%!",
-                                         u"!", u"100%%", u"\u00e9t\u00e9", u"(", u")", u"%b", u"%%1"};
+const std::u16string_view kLiterals[] = {u"abc", u" ",     u"x y",           u"%%", u"%n", u"%r", u"%t", u"%.", u"%!",
+                                         u"!",   u"100%%", u"\u00e9t\u00e9", u"(",  u")",  u"%b", u"%%1"};
 
 const std::u16string_view kTexts[] = {u"", u"a", u"hello", u"C:\\path\\file.ini", u"w\u00f6rld", u"%1", u"!x!"};
 const std::int64_t kNumbers[] = {0, 1, -1, 42, 255, 65535, 2147483647, -2147483647 - 1, 4294967295LL, 0x123456789LL};
@@ -77,31 +63,18 @@ NCase Generate(std::mt19937& random) {
       continue;
     }
     const int arg = static_cast<int>(random() % static_cast<unsigned>(argCount));
-    std::vector<const NInsertion*> fitting;
-    for (const NInsertion& insertion : Insertions()) {
-      // "*" takes the width from the argument before it, so only the last
-      // argument of a text kind after a number can use it: left to the
-      // plain cases.
-      if (insertion.kind == c.kinds[static_cast<std::size_t>(arg)] && insertion.spec.find(u'*') == std::u16string::npos) {
-        fitting.push_back(&insertion);
-      }
-    }
-    const NInsertion& chosen = *fitting[random() % fitting.size()];
+    const std::u16string_view chosen = c.kinds[static_cast<std::size_t>(arg)] == NArgKind::kText
+                                           ? kTextSpecs[random() % std::size(kTextSpecs)]
+                                           : kNumberSpecs[random() % std::size(kNumberSpecs)];
     append(u"%");
     c.pattern += static_cast<char16_t>(u'1' + arg);
-    afterPlain = chosen.spec.empty();
-    if (!chosen.spec.empty()) {
-      std::u16string spec = chosen.spec;
-      const std::size_t bar = spec.find(u'|');  // text after the insertion
-      std::u16string after;
-      if (bar != std::u16string::npos) {
-        after = spec.substr(bar + 1);
-        spec.resize(bar);
-      }
+    afterPlain = chosen.empty();
+    if (!chosen.empty()) {
+      const std::size_t bar = chosen.find(u'|');
       c.pattern += u'!';
-      c.pattern += spec;
+      c.pattern += chosen.substr(0, bar);
       c.pattern += u'!';
-      c.pattern += after;
+      if (bar != std::u16string_view::npos) c.pattern += chosen.substr(bar + 1);
     }
   }
   if (random() % 8 == 0) c.pattern += u"%0";
@@ -115,10 +88,9 @@ std::u16string System(const NCase& c) {
                                                  : static_cast<DWORD_PTR>(c.numbers[i]));
   }
   wchar_t* buffer = nullptr;
-  const DWORD length =
-      FormatMessageW(FORMAT_MESSAGE_FROM_STRING | FORMAT_MESSAGE_ARGUMENT_ARRAY | FORMAT_MESSAGE_ALLOCATE_BUFFER,
-                     c.pattern.c_str(), 0, 0, reinterpret_cast<LPWSTR>(&buffer), 0,
-                     reinterpret_cast<va_list*>(args.data()));
+  const DWORD length = FormatMessageW(
+      FORMAT_MESSAGE_FROM_STRING | FORMAT_MESSAGE_ARGUMENT_ARRAY | FORMAT_MESSAGE_ALLOCATE_BUFFER, c.pattern.c_str(), 0,
+      0, reinterpret_cast<LPWSTR>(&buffer), 0, reinterpret_cast<va_list*>(args.data()));
   std::u16string out = length ? std::u16string(reinterpret_cast<const char16_t*>(buffer), length) : std::u16string();
   LocalFree(buffer);
   return out;
@@ -136,20 +108,6 @@ std::u16string Ours(const NCase& c) {
   return out;
 }
 
-std::string Printable(std::u16string_view text) {
-  std::string out;
-  for (const char16_t c : text) {
-    if (c >= 0x20 && c < 0x7F) {
-      out += static_cast<char>(c);
-    } else {
-      char escaped[12];
-      std::snprintf(escaped, sizeof escaped, "\\u%04x", static_cast<unsigned>(c));
-      out += escaped;
-    }
-  }
-  return out;
-}
-
 TEST(NFormatMessageDifferential, GeneratedTemplatesFormatAsTheSystemDoes) {
   std::mt19937 random(20261121);
   constexpr int kCases = 20000;
@@ -160,8 +118,9 @@ TEST(NFormatMessageDifferential, GeneratedTemplatesFormatAsTheSystemDoes) {
     const std::u16string actual = Ours(c);
     if (expected == actual) continue;
     if (++differences <= 20) {
-      ADD_FAILURE() << "template \"" << Printable(c.pattern) << "\"\n  system: \"" << Printable(expected)
-                    << "\"\n  ours:   \"" << Printable(actual) << "\"";
+      ADD_FAILURE() << "template " << testing::PrintToString(c.pattern)
+                    << "\n  system: " << testing::PrintToString(expected)
+                    << "\n  ours:   " << testing::PrintToString(actual);
     }
   }
   EXPECT_EQ(differences, 0) << "of " << kCases << " templates";

@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,15 +13,7 @@
 
 namespace {
 
-std::string Hex(std::u16string_view s) {
-  std::string out;
-  char buffer[8];
-  for (char16_t c : s) {
-    std::snprintf(buffer, sizeof buffer, "%04X ", static_cast<unsigned>(c));
-    out += buffer;
-  }
-  return out;
-}
+std::string Show(std::u16string_view s) { return testing::PrintToString(std::u16string(s)); }
 
 bool SystemEqual(std::u16string_view a, std::u16string_view b) {
   return CompareStringOrdinal(reinterpret_cast<const wchar_t*>(a.data()), static_cast<int>(a.size()),
@@ -47,15 +38,14 @@ TEST(NUnicodeWindowsTest, NamesAreEqualExactlyWhenTheSystemsOrdinalRuleSaysSo) {
       {u"Section", u"SECTION"},
       {u"\u00C9T\u00C9", u"\u00E9t\u00E9"},
       {u"\u039F\u0394\u039F\u03A3", u"\u03BF\u03B4\u03BF\u03C2"},  // ΟΔΟΣ / οδος
-      {u"\u212A", u"k"},                                          // Kelvin sign
-      {u"\u0130", u"i"},                                          // İ
-      {u"\u0131", u"I"},                                          // ı
-      {u"\u01C5", u"\u01C6"},                                     // ǅ / ǆ
+      {u"\u212A", u"k"},                                           // Kelvin sign
+      {u"\u0130", u"i"},                                           // İ
+      {u"\u0131", u"I"},                                           // ı
+      {u"\u01C5", u"\u01C6"},                                      // ǅ / ǆ
       {u"abc", u"abcd"},
   };
-  for (const auto& c : pairs) {
-    EXPECT_EQ(NCompareIgnoreCase(c.a, c.b) == 0, SystemEqual(c.a, c.b)) << Hex(c.a) << "vs " << Hex(c.b);
-  }
+  for (const auto& c : pairs)
+    EXPECT_EQ(NCompareIgnoreCase(c.a, c.b) == 0, SystemEqual(c.a, c.b)) << Show(c.a) << " vs " << Show(c.b);
   // The system's upper-case table has no upper case for final sigma and
   // leaves the Kelvin sign alone, where simple case folding equates both.
   EXPECT_NE(NCompareIgnoreCase(u"\u03C2", u"\u03C3"), 0);
@@ -73,9 +63,10 @@ TEST(NUnicodeWindowsTest, NamesTheSystemCallsEqualFoldAlikeOverTheWholeBmp) {
     const char16_t upper = Upper(c);
     const bool equal = SystemEqual({&c, 1}, {&upper, 1});
     if ((NCompareIgnoreCase({&c, 1}, {&upper, 1}) == 0) != equal) {
-      faults.push_back("compares otherwise than the system: " + Hex({&c, 1}));
+      faults.push_back("compares otherwise than the system: " + Show({&c, 1}));
     }
-    if (equal && NFoldCase(c) != NFoldCase(upper)) faults.push_back("folds apart from its upper case: " + Hex({&c, 1}));
+    if (equal && NFoldCase(c) != NFoldCase(upper))
+      faults.push_back("folds apart from its upper case: " + Show({&c, 1}));
   }
   EXPECT_TRUE(faults.empty()) << faults.size() << " faults, first: " << faults.front();
 }
@@ -96,8 +87,7 @@ TEST(NUnicodeWindowsTest, AnsiTextIsReadInTheSystemsCodePage) {
       {"empty", "", u""},
   };
   for (const auto& c : cases) {
-    const std::u16string decoded = NAnsiToUtf16(c.bytes);
-    EXPECT_EQ(decoded, c.expected) << c.name << ": " << Hex(decoded);
+    EXPECT_EQ(NAnsiToUtf16(c.bytes), c.expected) << c.name;
   }
 }
 

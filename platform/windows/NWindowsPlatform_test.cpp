@@ -4,6 +4,7 @@
 #include "platform/NPlatform.h"
 
 #include <windows.h>
+
 #include <aclapi.h>
 #include <sddl.h>
 
@@ -16,25 +17,19 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
-#include <random>
 #include <string>
 #include <vector>
 
 #include "platform/NUnicode.h"
 #include "platform/testing/NScopedEnvironment.h"
 #include "platform/testing/NSymbolicLink.h"
-#include "platform/testing/NTestFiles.h"
+#include "platform/testing/NTestFolder.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
 NPlatform& Platform() { return NPlatform::Default(); }
-
-std::string Describe(const NStatus& status) {
-  return "code " + std::to_string(status.Code()) + " from '" + status.Operation() + "' on '" +
-         NUtf16ToUtf8(status.Path()) + "'";
-}
 
 // The SID of the user this process runs as.
 std::vector<BYTE> UserSid() {
@@ -60,8 +55,8 @@ bool RunsOnWine() { return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_
 // A file's or folder's DACL in SDDL; empty when it cannot be read.
 std::wstring DaclOf(const fs::path& path) {
   PSECURITY_DESCRIPTOR descriptor = nullptr;
-  if (GetNamedSecurityInfoW(path.c_str(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr, nullptr,
-                            nullptr, &descriptor) != ERROR_SUCCESS) {
+  if (GetNamedSecurityInfoW(path.c_str(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr, nullptr, nullptr,
+                            &descriptor) != ERROR_SUCCESS) {
     return {};
   }
   wchar_t* text = nullptr;
@@ -75,38 +70,18 @@ std::wstring DaclOf(const fs::path& path) {
   return sddl;
 }
 
-class NWindowsPlatformTest : public testing::Test {
- protected:
-  void SetUp() override {
-    std::random_device device;
-    for (int attempt = 0; attempt < 100 && m_folder.empty(); ++attempt) {
-      const fs::path candidate = fs::path(testing::TempDir()) / ("cfgdeck_windows_" + std::to_string(device()));
-      if (fs::create_directory(candidate)) m_folder = candidate;
-    }
-    ASSERT_FALSE(m_folder.empty());
-  }
-  void TearDown() override {
-    std::error_code ignored;
-    if (!m_folder.empty()) fs::remove_all(m_folder, ignored);
-  }
-
-  fs::path Native(const std::string& name) const { return m_folder / name; }
-  std::u16string Path(const std::string& name) const { return Native(name).u16string(); }
-
-  fs::path m_folder;
-};
+using NWindowsPlatformTest = NTestFolderTest;
 
 TEST_F(NWindowsPlatformTest, OwnerOnlyFilesAndFoldersAreTheUsersAlone) {
   std::unique_ptr<NFile> file;
-  NStatus status = Platform().OpenFile(
-      Path("file"), {.mode = NOpenMode::kCreateIfMissing, .access = NFileAccess::kReadWrite,
-                     .security = NFileSecurity::kOwnerOnly},
-      &file);
-  ASSERT_TRUE(status.IsOk()) << Describe(status);
-  ASSERT_TRUE(file->Write(0, "private", 7).IsOk());
+  ASSERT_OK(Platform().OpenFile(
+      Path("file"),
+      {.mode = NOpenMode::kCreateIfMissing, .access = NFileAccess::kReadWrite, .security = NFileSecurity::kOwnerOnly},
+      &file));
+  ASSERT_OK(file->Write(0, "private", 7));
   file.reset();
-  ASSERT_TRUE(Platform().CreateFolder(Path("folder"), NFileSecurity::kOwnerOnly).IsOk());
-  ASSERT_TRUE(Platform().CreateFolderChain(Path("chain/inner"), NFileSecurity::kOwnerOnly).IsOk());
+  ASSERT_OK(Platform().CreateFolder(Path("folder"), NFileSecurity::kOwnerOnly));
+  ASSERT_OK(Platform().CreateFolderChain(Path("chain/inner"), NFileSecurity::kOwnerOnly));
 
   std::vector<BYTE> user = UserSid();
   ASSERT_FALSE(user.empty());
@@ -147,27 +122,25 @@ TEST_F(NWindowsPlatformTest, OwnerOnlyFilesAndFoldersAreTheUsersAlone) {
     LocalFree(descriptor);
   }
   // And the user keeps every use of them.
-  status = Platform().OpenFile(Path("file"), {.access = NFileAccess::kReadWrite}, &file);
-  ASSERT_TRUE(status.IsOk()) << Describe(status);
+  ASSERT_OK(Platform().OpenFile(Path("file"), {.access = NFileAccess::kReadWrite}, &file));
   file.reset();
-  EXPECT_TRUE(Platform().DeleteFile(Path("file")).IsOk());
-  EXPECT_TRUE(Platform().RemoveFolder(Path("chain/inner")).IsOk());
+  EXPECT_OK(Platform().DeleteFile(Path("file")));
+  EXPECT_OK(Platform().RemoveFolder(Path("chain/inner")));
 }
 
 TEST_F(NWindowsPlatformTest, OwnerOnlyLeavesAnExistingFileOrFolderAsItIs) {
-  NWriteFileBytes(Native("file"), "x");
+  WriteText("file", "x");
   fs::create_directory(Native("folder"));
   const std::wstring fileDacl = DaclOf(Native("file"));
   const std::wstring folderDacl = DaclOf(Native("folder"));
   ASSERT_FALSE(fileDacl.empty());
   for (NOpenMode mode : {NOpenMode::kExistingOnly, NOpenMode::kCreateIfMissing, NOpenMode::kCreateAlways}) {
     std::unique_ptr<NFile> file;
-    const NStatus status = Platform().OpenFile(
-        Path("file"), {.mode = mode, .access = NFileAccess::kReadWrite, .security = NFileSecurity::kOwnerOnly}, &file);
-    ASSERT_TRUE(status.IsOk()) << Describe(status);
+    ASSERT_OK(Platform().OpenFile(
+        Path("file"), {.mode = mode, .access = NFileAccess::kReadWrite, .security = NFileSecurity::kOwnerOnly}, &file));
     EXPECT_EQ(DaclOf(Native("file")), fileDacl) << "mode " << static_cast<int>(mode);
   }
-  ASSERT_TRUE(Platform().CreateFolderChain(Path("folder/sub"), NFileSecurity::kOwnerOnly).IsOk());
+  ASSERT_OK(Platform().CreateFolderChain(Path("folder/sub"), NFileSecurity::kOwnerOnly));
   EXPECT_EQ(DaclOf(Native("folder")), folderDacl);
 }
 
@@ -179,8 +152,7 @@ TEST_F(NWindowsPlatformTest, DevicesAndPipesAreNoFilesToOpen) {
   for (const std::u16string& path : paths) {
     SCOPED_TRACE(NUtf16ToUtf8(path));
     std::unique_ptr<NFile> file;
-    const NStatus status = Platform().OpenFile(path, {.access = NFileAccess::kReadWrite}, &file);
-    EXPECT_EQ(status.Code(), NStatus::kAccessDenied) << Describe(status);
+    EXPECT_CODE(Platform().OpenFile(path, {.access = NFileAccess::kReadWrite}, &file), NStatus::kAccessDenied);
     EXPECT_EQ(file, nullptr);
   }
   CloseHandle(pipe);
@@ -198,14 +170,13 @@ TEST_F(NWindowsPlatformTest, ReservedSpaceIsReallyThereWhereTheFileSystemCanRese
     // Wine implements no reservations.
     if (!canReserve) GTEST_SKIP() << "this file system cannot reserve space";
   }
-  std::unique_ptr<NFile> file;
-  ASSERT_TRUE(Platform().OpenFile(Path("data"), {.mode = NOpenMode::kCreateAlways, .access = NFileAccess::kReadWrite},
-                                  &file));
-  ASSERT_TRUE(file->Write(0, "abc", 3).IsOk());
+  auto file = Open("data", NOpenMode::kCreateAlways);
+  ASSERT_TRUE(file);
+  ASSERT_OK(file->Write(0, "abc", 3));
   constexpr LONGLONG kReserved = 1 << 20;
-  ASSERT_TRUE(file->Reserve(kReserved).IsOk());
-  HANDLE handle = CreateFileW(Native("data").c_str(), FILE_READ_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                              nullptr, OPEN_EXISTING, 0, nullptr);
+  ASSERT_OK(file->Reserve(kReserved));
+  HANDLE handle = CreateFileW(Native("data").c_str(), FILE_READ_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                              OPEN_EXISTING, 0, nullptr);
   ASSERT_NE(handle, INVALID_HANDLE_VALUE);
   FILE_STANDARD_INFO standard = {};
   ASSERT_TRUE(GetFileInformationByHandleEx(handle, FileStandardInfo, &standard, sizeof standard));
@@ -215,14 +186,13 @@ TEST_F(NWindowsPlatformTest, ReservedSpaceIsReallyThereWhereTheFileSystemCanRese
 }
 
 TEST_F(NWindowsPlatformTest, DeletingALinkToAFolderLeavesTheFolder) {
-  NWriteFileBytes(Native("folder/inside"), "keep");
+  WriteText("folder/inside", "keep");
   if (!NMakeSymbolicLink(Native("folder"), Native("link"), true)) {
     GTEST_SKIP() << "this system makes no symbolic links here";
   }
-  const NStatus status = Platform().DeleteFile(Path("link"));
-  ASSERT_TRUE(status.IsOk()) << Describe(status);
+  ASSERT_OK(Platform().DeleteFile(Path("link")));
   EXPECT_EQ(Platform().GetPathKind(Path("link")), NPathKind::kNone);
-  EXPECT_EQ(NReadFileBytes(Native("folder/inside")), "keep");
+  EXPECT_EQ(ReadText("folder/inside"), "keep");
 }
 
 // Links the host made beforehand (testing/MakeLinks.cmake), for a run under
@@ -232,29 +202,22 @@ TEST(NWindowsPremadeLinksTest, NoLinksRefusesLinksToFoldersAndFilesAndMakesNothi
   const std::optional<std::u16string> premade = NScopedEnvironment::Get("CFGDECK_PREMADE_LINKS");
   if (!premade) GTEST_SKIP() << "no links made beforehand (CFGDECK_PREMADE_LINKS)";
   std::u16string folder;
-  ASSERT_TRUE(Platform().CanonicalPath(*premade, &folder)) << NUtf16ToUtf8(*premade);
+  ASSERT_OK(Platform().CanonicalPath(*premade, &folder));
   const std::u16string store = folder + u"\\store\\";
   const std::u16string outside = folder + u"\\outside\\";
   const NOpenOptions refusing{.noFollow = true, .noLinks = true};
-  NOpenOptions creating = refusing;
-  creating.mode = NOpenMode::kCreateIfMissing;
-  creating.access = NFileAccess::kReadWrite;
+  const NOpenOptions creating{
+      .mode = NOpenMode::kCreateIfMissing, .access = NFileAccess::kReadWrite, .noFollow = true, .noLinks = true};
 
   std::unique_ptr<NFile> file;
-  NStatus status = Platform().OpenFile(store + u"Sessions\\secret.ini", refusing, &file);
-  EXPECT_EQ(status.Code(), NStatus::kAccessDenied) << Describe(status);
-  status = Platform().OpenFile(store + u"filelink.ini", refusing, &file);
-  EXPECT_EQ(status.Code(), NStatus::kAccessDenied) << Describe(status);
-  status = Platform().OpenFile(store + u"Sessions\\planted.ini", creating, &file);
-  EXPECT_EQ(status.Code(), NStatus::kAccessDenied) << Describe(status);
+  EXPECT_CODE(Platform().OpenFile(store + u"Sessions\\secret.ini", refusing, &file), NStatus::kAccessDenied);
+  EXPECT_CODE(Platform().OpenFile(store + u"filelink.ini", refusing, &file), NStatus::kAccessDenied);
+  EXPECT_CODE(Platform().OpenFile(store + u"Sessions\\planted.ini", creating, &file), NStatus::kAccessDenied);
   EXPECT_EQ(Platform().GetPathKind(outside + u"planted.ini"), NPathKind::kNone) << "made through a refused link";
   EXPECT_EQ(Platform().GetPathKind(store + u"Sessions"), NPathKind::kOther);
-
   // Without noLinks both are followed.
-  status = Platform().OpenFile(store + u"Sessions\\secret.ini", {}, &file);
-  EXPECT_TRUE(status.IsOk()) << Describe(status);
-  status = Platform().OpenFile(store + u"filelink.ini", {}, &file);
-  EXPECT_TRUE(status.IsOk()) << Describe(status);
+  EXPECT_OK(Platform().OpenFile(store + u"Sessions\\secret.ini", {}, &file));
+  EXPECT_OK(Platform().OpenFile(store + u"filelink.ini", {}, &file));
 }
 
 }  // namespace

@@ -30,7 +30,6 @@ TEST_F(NWindowsRegistryTest, ValuesRoundTripThroughTheSystemRegistry) {
   ASSERT_TRUE(registry.OpenKey(NRegistryHive::kCurrentUser, m_path + u"\\Skeldon", true, &key));
   ASSERT_TRUE(key->SetString(u"Config Path", u"C:\\cfg \u00e9t\u00e9"));
   ASSERT_TRUE(key->SetDword(u"Store Personal Data Separately", 1));
-
   std::unique_ptr<NRegistryKey> reopened;
   ASSERT_TRUE(registry.OpenKey(NRegistryHive::kCurrentUser, m_path + u"\\Skeldon", false, &reopened));
   std::u16string text;
@@ -39,7 +38,6 @@ TEST_F(NWindowsRegistryTest, ValuesRoundTripThroughTheSystemRegistry) {
   std::uint32_t dword = 0;
   ASSERT_TRUE(reopened->QueryDword(u"Store Personal Data Separately", &dword));
   EXPECT_EQ(dword, 1u);
-
   EXPECT_TRUE(reopened->QueryString(u"Missing", &text).IsNotFound());
   EXPECT_EQ(reopened->QueryDword(u"Config Path", &dword).Code(), NRegistryKey::kWrongType);
   EXPECT_EQ(dword, 1u) << "a failed read leaves the output alone";
