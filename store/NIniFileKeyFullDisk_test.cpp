@@ -1,5 +1,3 @@
-// A save on a real file system that runs out of space. Needs a small tmpfs
-// mounted for the test, so root on Linux.
 #include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/statvfs.h>
@@ -7,17 +5,13 @@
 
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <string>
 
 #include "location/NReportMessageParams.h"
 #include "platform/NPlatform.h"
 #include "platform/testing/NFaultPlatform.h"
 #include "platform/testing/NTestFiles.h"
-#include "store/NIniFileKey.h"
 #include "store/NIniFileKeyFaultsFixture.h"
-#include "store/NIniFileStore.h"
 
 namespace {
 
@@ -71,11 +65,8 @@ TEST_F(NIniFileKeyFullDiskTest, SaveThatDoesNotFitFailsAndLeavesTheOldFileWhole)
   constexpr std::uint64_t kLeft = 4096;
   const std::uint64_t free = FreeBytes(m_mount);
   ASSERT_GT(free, kLeft);
-  {
-    std::ofstream filler(m_mount / "filler", std::ios::binary);
-    filler << std::string(static_cast<std::size_t>(free - kLeft), 'x');
-    ASSERT_TRUE(filler.flush()) << "the filler must fit";
-  }
+  NWriteFileBytes(m_mount / "filler", std::string(static_cast<std::size_t>(free - kLeft), 'x'));
+  ASSERT_EQ(fs::file_size(m_mount / "filler"), free - kLeft) << "the filler must fit";
   ASSERT_LE(FreeBytes(m_mount), kLeft);
 
   ChangeValues(*key);

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "platform/NUnicode.h"
+#include "store/NNameFilter.h"
 
 namespace {
 
@@ -25,16 +26,23 @@ class Model {
   }
   const std::vector<std::string>& Order() const { return order_; }
   const std::map<std::string, std::uint32_t>& Values() const { return values_; }
+  std::vector<std::string> Names() const {
+    std::vector<std::string> names;
+    for (const auto& [name, value] : values_) names.push_back(name);
+    return names;
+  }
 
  private:
   std::vector<std::string> order_;
   std::map<std::string, std::uint32_t> values_;
 };
 
-std::string Record(const std::string& name, std::uint32_t value) {
+// Appends a record of `name` to `text`, as `model` reads it.
+void Add(std::string& text, Model& model, const std::string& name, std::uint32_t value) {
   char digits[9];
-  std::snprintf(digits, sizeof digits, "%08x", value);
-  return "D:\"" + name + "\"=" + digits + "\r\n";
+  std::snprintf(digits, sizeof digits, "%08x", static_cast<unsigned>(value));
+  text += "D:\"" + name + "\"=" + digits + "\r\n";
+  model.Read(name, value);
 }
 
 // `records` records over `pool` names of one family ("Name 0", "Name 1",
@@ -49,9 +57,7 @@ std::string Generate(std::mt19937& random, int records, int pool, Model* model) 
     } else {
       name = "Name " + std::to_string(pool == 0 ? static_cast<unsigned>(i) : random() % static_cast<unsigned>(pool));
     }
-    const auto value = static_cast<std::uint32_t>(random());
-    text += Record(name, value);
-    model->Read(name, value);
+    Add(text, *model, name, static_cast<std::uint32_t>(random()));
   }
   return text;
 }
@@ -96,13 +102,10 @@ TEST(NIniFileKeyMapTest, ReadTablesHoldTheFirstPlaceAndLastValueInEveryReadingOr
         const NIniFileKeyMap::ReadResult read = map.ReadRecords(map.AdoptText(Generate(random, records, pool, &model)));
         ASSERT_EQ(read.invalidLine, 0u) << read.problem;
         ExpectTable(map, model);
-        std::vector<std::string> names;
-        for (const auto& [name, value] : model.Values()) names.push_back(name);
+        std::vector<std::string> names = model.Names();
         if (order == 0) {
           // As saved: personal names first, then the others in their order.
-          names.erase(std::remove_if(names.begin(), names.end(),
-                                     [](const std::string& name) { return NIniFileKeyMap::FixedIndex(name) < 0; }),
-                      names.end());
+          std::erase_if(names, [](const std::string& name) { return NIniFileKeyMap::FixedIndex(name) < 0; });
           names.insert(names.end(), model.Order().begin(), model.Order().end());
         } else if (order == 1) {
           std::reverse(names.begin(), names.end());
@@ -133,37 +136,78 @@ TEST(NIniFileKeyMapTest, NamesSetOrReadLaterJoinTheTable) {
     ExpectTable(map, model);
     // The private half: personal names, repeats of the first file and new
     // names.
-    std::string second = Record("Username", 1) + Record("Password V2", 2);
-    for (int i = 0; i < 300; i += 3) second += Record("Name " + std::to_string(i), 1000u + static_cast<std::uint32_t>(i));
-    for (int i = 0; i < 50; ++i) second += Record("Private " + std::to_string(i), static_cast<std::uint32_t>(i));
-    for (std::size_t at = 0, end; (end = second.find("\r\n", at)) != std::string::npos; at = end + 2) {
-      const std::string_view line = std::string_view(second).substr(at, end - at);
-      const std::size_t quote = line.find('"', 3);
-      model.Read(std::string(line.substr(3, quote - 3)), static_cast<std::uint32_t>(std::stoul(std::string(line.substr(quote + 2)), nullptr, 16)));
-    }
+    std::string second;
+    Add(second, model, "Username", 1);
+    Add(second, model, "Password V2", 2);
+    for (int i = 0; i < 300; i += 3) Add(second, model, "Name " + std::to_string(i), 1000u + static_cast<unsigned>(i));
+    for (int i = 0; i < 50; ++i) Add(second, model, "Private " + std::to_string(i), static_cast<std::uint32_t>(i));
     ASSERT_EQ(map.ReadRecords(map.AdoptText(second)).invalidLine, 0u);
     ExpectTable(map, model);
-    std::vector<std::string> names;
-    for (const auto& [name, value] : model.Values()) names.push_back(name);
-    ExpectLookups(map, model, names);
+    ExpectLookups(map, model, model.Names());
   }
 }
 
 TEST(NIniFileKeyMapTest, AKeyWithoutAFileFindsNothingButWhatIsSet) {
   NIniFileKeyMap map;
   // Personal names always have their element; it holds data once set.
-  const NIniFileKeyMap::Element* empty = map.Find(std::u16string_view(u"Username"));
-  ASSERT_NE(empty, nullptr);
-  EXPECT_EQ(empty->Data(), nullptr);
+  const NIniFileKeyMap::Element* personal = map.Find(std::u16string_view(u"Username"));
+  ASSERT_NE(personal, nullptr);
+  EXPECT_EQ(personal->Data(), nullptr);
   EXPECT_EQ(map.Find(std::string_view("Anything")), nullptr);
   map.Put("Username", new NIniFileDataDword(1), true, true, true);
   map.Put("Anything", new NIniFileDataDword(2), true, true, true);
-  const NIniFileKeyMap::Element* personal = map.Find(std::u16string_view(u"Username"));
-  ASSERT_NE(personal, nullptr);
+  EXPECT_EQ(map.Find(std::u16string_view(u"Username")), personal);
   EXPECT_TRUE(map.IsPersonal(*personal));
   EXPECT_NE(personal->Data(), nullptr);
   ASSERT_NE(map.Find(std::string_view("Anything")), nullptr);
   EXPECT_EQ(map.Find(std::string_view("anything")), nullptr);
+}
+
+// ---- The filter that tells most missing names apart without a lookup ------
+
+// The share of `absent` hashes the filter wrongly reports present.
+double FalsePositives(const NNameFilter& filter, const std::vector<std::uint64_t>& absent) {
+  std::size_t wrong = 0;
+  for (const std::uint64_t hash : absent) wrong += filter.MayHold(hash) ? 1 : 0;
+  return static_cast<double>(wrong) / static_cast<double>(absent.size());
+}
+
+TEST(NNameFilterTest, HoldsWhatWasAddedAndReportsRepeats) {
+  std::mt19937_64 random(7);
+  std::vector<std::uint64_t> added(3000);
+  for (auto& hash : added) hash = random();
+  std::vector<std::uint64_t> words(NNameFilter::WordsFor(added.size()));
+  ASSERT_GE(words.size() * 2, added.size());
+  NNameFilter filter;
+  filter.Reset(words.data(), words.size());
+  std::size_t repeats = 0;
+  for (const std::uint64_t hash : added) repeats += filter.Add(hash) ? 1 : 0;
+  EXPECT_LT(repeats, added.size() / 50);  // false alarms only, and few
+  for (const std::uint64_t hash : added) {
+    ASSERT_TRUE(filter.MayHold(hash));
+    ASSERT_TRUE(filter.Add(hash));
+  }
+  std::vector<std::uint64_t> absent(20000);
+  for (auto& hash : absent) hash = random();
+  EXPECT_LT(FalsePositives(filter, absent), 0.02);
+  // Reset forgets everything.
+  filter.Reset(words.data(), words.size());
+  EXPECT_FALSE(filter.MayHold(added[0]));
+  EXPECT_FALSE(filter.Add(added[0]));
+}
+
+TEST(NNameFilterTest, HashesThatDifferInFewBitsStayApart) {
+  // Names of one family ("Color 1", "Color 2", ...) have hashes that share
+  // most of their bits; the filter must not pile them onto a few words.
+  for (const std::uint64_t step : {std::uint64_t{1}, std::uint64_t{64}, std::uint64_t{1} << 32}) {
+    std::vector<std::uint64_t> words(NNameFilter::WordsFor(300));
+    NNameFilter filter;
+    filter.Reset(words.data(), words.size());
+    for (std::uint64_t i = 0; i < 300; ++i) filter.Add(0x1234'5678'9abc'def0 + i * step);
+    std::vector<std::uint64_t> absent;
+    for (std::uint64_t i = 300; i < 10300; ++i) absent.push_back(0x1234'5678'9abc'def0 + i * step);
+    EXPECT_LT(FalsePositives(filter, absent), 0.02) << "step " << step;
+  }
 }
 
 }  // namespace

@@ -9,20 +9,50 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "location/NReportMessageParams.h"
 #include "platform/NForwardingPlatform.h"
+#include "platform/testing/NTestFiles.h"
 #include "store/NIniFileKey.h"
 #include "store/NIniFileStore.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-constexpr std::string_view kBom = "\xEF\xBB\xBF";
+
+// Forks a child at every file it opens, as a host starting a program on
+// another thread may between its fork and its exec: until it is stopped, the
+// child holds a copy of every descriptor, and with it the file's locks.
+class NForkingPlatform : public NForwardingPlatform {
+ public:
+  using NForwardingPlatform::NForwardingPlatform;
+  ~NForkingPlatform() override {
+    for (const pid_t child : m_children) {
+      ::kill(child, SIGKILL);
+      ::waitpid(child, nullptr, 0);
+    }
+  }
+
+  NStatus OpenFile(std::u16string_view path, const NOpenOptions& options, std::unique_ptr<NFile>* file) override {
+    NStatus status = NForwardingPlatform::OpenFile(path, options, file);
+    if (status) {
+      const pid_t child = ::fork();
+      if (child == 0) {
+        for (;;) ::pause();
+      }
+      if (child > 0) m_children.push_back(child);
+    }
+    return status;
+  }
+
+  std::size_t Children() const { return m_children.size(); }
+
+ private:
+  std::vector<pid_t> m_children;
+};
 
 class NIniFileKeyPosixTest : public testing::Test {
  protected:
@@ -32,17 +62,14 @@ class NIniFileKeyPosixTest : public testing::Test {
     fs::remove_all(m_base);
     m_root = m_base / "root";
     fs::create_directories(m_root);
-    m_store = std::make_unique<NIniFileStore>(NUnicodeString::FromUtf8(m_root.string()),
-                                              NUnicodeString::FromUtf8((m_base / "personal").string()));
   }
   void TearDown() override { fs::remove_all(m_base); }
 
-  void Write(const std::string& relative, std::string_view bytes) {
-    fs::create_directories((m_root / relative).parent_path());
-    std::ofstream(m_root / relative, std::ios::binary) << bytes;
-  }
-
   std::unique_ptr<NIniFileKey> Open(std::u16string_view path, NReportMessageParams& params, bool readOnly = true) {
+    if (!m_store) {
+      m_store = std::make_unique<NIniFileStore>(NUnicodeString(m_root.u16string()),
+                                                NUnicodeString((m_base / "personal").u16string()));
+    }
     NKeyPath keyPath;
     if (!path.empty() && !keyPath.Append(path)) return nullptr;
     return NIniFileKey::Open(*m_store, keyPath, readOnly, params);
@@ -82,18 +109,15 @@ TEST_F(NIniFileKeyPosixTest, FoldersDeeperThanAPathCanNameGiveAClearError) {
     ASSERT_GE(next, 0);
     if (folder != top) ::close(folder);
     folder = next;
-    if (!keyPath.empty()) keyPath += u'\\';
-    keyPath += NUnicodeString::FromUtf8(name);
+    keyPath += NUnicodeString::FromUtf8(name) + u"\\";
   }
   const int file = ::openat(folder, "k.ini", O_WRONLY | O_CREAT, 0600);
   ASSERT_GE(file, 0);
   ::close(file);
   ::close(folder);
   ::close(top);
-  keyPath += u"\\k";
   NReportMessageParams params;
-  auto key = Open(keyPath, params, false);
-  EXPECT_FALSE(key);
+  EXPECT_FALSE(Open(keyPath + u"k", params, false));
   EXPECT_NE(params.GetText().ToUtf8().find("too long"), std::string::npos) << params.GetText().ToUtf8();
   // Deleting the tree is refused the same way, and the folder stays usable.
   auto root = Open(u"", params, false);
@@ -103,48 +127,21 @@ TEST_F(NIniFileKeyPosixTest, FoldersDeeperThanAPathCanNameGiveAClearError) {
 
 TEST_F(NIniFileKeyPosixTest, UnreadableFilesAreAClearError) {
   if (::geteuid() == 0) GTEST_SKIP() << "root reads every file";
-  Write("locked.ini", std::string(kBom) + "D:\"a\"=00000001\r\n");
+  NWriteFileBytes(m_root / "locked.ini",
+                  "\xEF\xBB\xBF"
+                  "D:\"a\"=00000001\r\n");
   fs::permissions(m_root / "locked.ini", fs::perms::none);
   NReportMessageParams params;
   EXPECT_FALSE(Open(u"locked", params));
   EXPECT_NE(params.GetText().ToUtf8().find("Access is denied"), std::string::npos);
 }
 
-// Forks a child at every file it opens, as a host starting a program on
-// another thread may between its fork and its exec: until it is stopped, the
-// child holds a copy of every descriptor, and with it the file's locks.
-class NForkingPlatform : public NForwardingPlatform {
- public:
-  using NForwardingPlatform::NForwardingPlatform;
-  ~NForkingPlatform() override {
-    for (const pid_t child : m_children) {
-      ::kill(child, SIGKILL);
-      ::waitpid(child, nullptr, 0);
-    }
-  }
-
-  NStatus OpenFile(std::u16string_view path, const NOpenOptions& options, std::unique_ptr<NFile>* file) override {
-    NStatus status = NForwardingPlatform::OpenFile(path, options, file);
-    if (status) {
-      const pid_t child = ::fork();
-      if (child == 0) {
-        for (;;) ::pause();
-      }
-      if (child > 0) m_children.push_back(child);
-    }
-    return status;
-  }
-
-  std::size_t Children() const { return m_children.size(); }
-
- private:
-  std::vector<pid_t> m_children;
-};
-
 TEST_F(NIniFileKeyPosixTest, ALoadReleasesItsLockWhileAChildStillHoldsTheFile) {
-  Write("k.ini", std::string(kBom) + "D:\"a\"=00000001\r\n");
+  NWriteFileBytes(m_root / "k.ini",
+                  "\xEF\xBB\xBF"
+                  "D:\"a\"=00000001\r\n");
   NForkingPlatform forking(NPlatform::Default());
-  NIniFileStore store(NUnicodeString::FromUtf8(m_root.string()), NUnicodeString(), forking);
+  NIniFileStore store(NUnicodeString(m_root.u16string()), NUnicodeString(), forking);
   NKeyPath path;
   ASSERT_TRUE(path.Append(u"k"));
   NReportMessageParams params;

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/mman.h>
-#include <sys/types.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -13,11 +12,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <iostream>
 #include <memory>
-#include <optional>
 #include <random>
 #include <set>
 #include <sstream>
@@ -32,7 +29,6 @@
 #include "store/NIniFileKey.h"
 #include "store/NIniFileStore.h"
 
-
 namespace {
 
 namespace fs = std::filesystem;
@@ -44,24 +40,18 @@ constexpr char kRoleVariable[] = "CFGDECK_CHILD_ROLE";
 constexpr char kFolderVariable[] = "CFGDECK_CHILD_FOLDER";
 constexpr char kIndexVariable[] = "CFGDECK_CHILD_INDEX";
 constexpr char kReadyVariable[] = "CFGDECK_CHILD_READY_FD";
-constexpr char kChildTest[] = "NIniFileKeyChild.RunsItsRole";
 
-// Saves contents 0 and 1 in turn, every value holding a new generation.
+// Writers save contents 0 and 1 in turn, the counting one with every value
+// of a new generation, the alternating one always the same two byte strings.
+// A merger sets its own value of the shared key to 1, 2, ... kMergeSteps,
+// saving each.
 constexpr std::string_view kCountingWriter = "counting-writer";
-// Saves contents 0 and 1 in turn, always the same two byte strings.
 constexpr std::string_view kAlternatingWriter = "alternating-writer";
-// Sets its own value of the shared key to 1, 2, ... kMergeSteps, saving each.
 constexpr std::string_view kMerger = "merger";
 
 constexpr unsigned kChildSeconds = 10;  // the children's watchdog
-constexpr int kSmallCount = 50;
-constexpr int kLargeCount = 400;
-constexpr int kMergers = 4;
-constexpr std::uint32_t kMergeSteps = 200;
-constexpr std::uint32_t kStopSeed = 20240611;
-constexpr int kDefaultSignalRuns = 200;
-constexpr std::u16string_view kKeyName = u"Sessions\\shared";
-
+constexpr int kSmallCount = 50, kLargeCount = 400, kMergers = 4, kDefaultSignalRuns = 200;
+constexpr std::uint32_t kMergeSteps = 200, kStopSeed = 20240611;
 
 fs::path KeyFile(const fs::path& folder) { return folder / "store" / "Sessions" / "shared.ini"; }
 
@@ -76,7 +66,7 @@ std::unique_ptr<NIniFileStore> MakeStore(const fs::path& folder) {
 
 std::unique_ptr<NIniFileKey> OpenKey(const NIniFileStore& store, bool readOnly, NReportMessageParams& params) {
   NKeyPath path;
-  if (!path.Append(kKeyName)) return nullptr;
+  if (!path.Append(u"Sessions\\shared")) return nullptr;
   return NIniFileKey::Open(store, path, readOnly, params);
 }
 
@@ -85,12 +75,11 @@ NUnicodeString ValueName(int i) { return NUnicodeString::FromUtf8("value " + std
 // Gives the key content `which` (0: kSmallCount values, 1: kLargeCount),
 // every value and "generation" holding `generation`.
 bool SetContent(NIniFileKey& key, int which, std::uint32_t generation) {
-  const int count = which == 0 ? kSmallCount : kLargeCount;
   for (int i = 0; i < kLargeCount; ++i) {
-    if (i < count) {
-      if (!key.SetDwordValue(ValueName(i), generation)) return false;
-    } else {
+    if (i >= (which == 0 ? kSmallCount : kLargeCount)) {
       key.DeleteValue(ValueName(i));
+    } else if (!key.SetDwordValue(ValueName(i), generation)) {
+      return false;
     }
   }
   return key.SetDwordValue(u"generation", generation);
@@ -136,19 +125,8 @@ int Fail(const char* what, const NReportMessageParams& params) {
 void TellReady() {
   const int fd = EnvironmentNumber(kReadyVariable, -1);
   if (fd < 0) return;
-  const char byte = 'r';
-  (void)!::write(fd, &byte, 1);
+  (void)!::write(fd, "r", 1);
   ::close(fd);
-}
-
-// Where the writer notes which content its current save writes: a shared
-// file mapping, which the parent can still read after a SIGKILL.
-volatile std::int32_t* MapProgress(const fs::path& path) {
-  const int fd = ::open(path.c_str(), O_RDWR | O_CLOEXEC);
-  if (fd < 0) return nullptr;
-  void* mapped = ::mmap(nullptr, sizeof(std::int32_t), PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
-  ::close(fd);
-  return mapped == MAP_FAILED ? nullptr : static_cast<volatile std::int32_t*>(mapped);
 }
 
 int RunChild(std::string_view role) {
@@ -160,7 +138,6 @@ int RunChild(std::string_view role) {
   ::sigprocmask(SIG_SETMASK, &none, nullptr);
 
   const fs::path folder = std::getenv(kFolderVariable);
-  const int index = EnvironmentNumber(kIndexVariable, 0);
   auto store = MakeStore(folder);
   NReportMessageParams params;
   auto key = OpenKey(*store, false, params);
@@ -170,7 +147,8 @@ int RunChild(std::string_view role) {
     TellReady();
     // All mergers load the same state, then start together.
     while (!fs::exists(folder / "go")) std::this_thread::sleep_for(1ms);
-    const NUnicodeString name = NUnicodeString::FromUtf8("child-" + std::to_string(index));
+    const NUnicodeString name =
+        NUnicodeString::FromUtf8("child-" + std::to_string(EnvironmentNumber(kIndexVariable, 0)));
     for (std::uint32_t i = 1; i <= kMergeSteps; ++i) {
       if (!key->SetDwordValue(name, i)) return Fail("set", params);
       if (!key->Flush(params)) return Fail("save", params);
@@ -183,14 +161,20 @@ int RunChild(std::string_view role) {
   std::thread([] {
     for (;;) ::pause();
   }).detach();
-  const bool alternating = role == kAlternatingWriter;
+  // The alternating writer notes which content its current save writes in a
+  // shared file mapping, which the parent can still read after a SIGKILL.
   volatile std::int32_t* target = nullptr;
+  const bool alternating = role == kAlternatingWriter;
   if (alternating) {
-    target = MapProgress(folder / "progress");
-    if (!target) {
+    const int fd = ::open((folder / "progress").c_str(), O_RDWR | O_CLOEXEC);
+    void* mapped =
+        fd < 0 ? MAP_FAILED : ::mmap(nullptr, sizeof(std::int32_t), PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
+    if (fd >= 0) ::close(fd);
+    if (mapped == MAP_FAILED) {
       std::cerr << "child: cannot map the progress file: " << std::strerror(errno) << std::endl;
       return 1;
     }
+    target = static_cast<volatile std::int32_t*>(mapped);
   }
   for (std::uint32_t round = 1;; ++round) {
     const int which = static_cast<int>(round % 2);
@@ -213,27 +197,20 @@ TEST(NIniFileKeyChild, RunsItsRole) {
 // ---- The parent side ------------------------------------------------------
 
 // This test binary run again as a child that plays `role`.
-class Child {
- public:
+struct Child {
   Child(std::string_view role, const fs::path& folder, int index)
-      : m_log(folder / ("child-" + std::to_string(index) + ".log")),
-        m_process(kChildTest,
-                  {std::string(kRoleVariable) + "=" + std::string(role),
-                   std::string(kFolderVariable) + "=" + folder.string(),
-                   std::string(kIndexVariable) + "=" + std::to_string(index)},
-                  m_log.string(), kReadyVariable) {}
+      : log(folder / ("child-" + std::to_string(index) + ".log")),
+        process(
+            "NIniFileKeyChild.RunsItsRole",
+            {std::string(kRoleVariable) + "=" + std::string(role), std::string(kFolderVariable) + "=" + folder.string(),
+             std::string(kIndexVariable) + "=" + std::to_string(index)},
+            log.string(), kReadyVariable) {}
+  // Whether it started and said it is ready.
+  bool Ready() { return process.Started() && process.WaitReady(std::chrono::seconds(kChildSeconds)); }
+  std::string Log() const { return "\nchild log:\n" + NReadFileBytes(log); }
 
-  bool Started() const { return m_process.Started(); }
-  // Waits until the child says it is ready; false when it ended first.
-  bool WaitReady() { return m_process.WaitReady(std::chrono::seconds(kChildSeconds)); }
-  bool Running() { return m_process.Running(); }
-  int Wait() { return m_process.Wait(); }
-  void Signal(int stop) { m_process.Signal(stop); }
-  std::string Log() const { return "\nchild log:\n" + NReadFileBytes(m_log); }
-
- private:
-  fs::path m_log;
-  NChildProcess m_process;
+  fs::path log;
+  NChildProcess process;
 };
 
 // What a stopped writer left, against the save it had begun.
@@ -268,49 +245,45 @@ class NIniFileKeyProcessesTest : public testing::Test {
   }
 
   Child& Start(std::string_view role, int index) {
-    m_children.push_back(std::make_unique<Child>(role, m_folder, index));
-    return *m_children.back();
-  }
-  void Forget(const Child& child) {
-    std::erase_if(m_children, [&child](const std::unique_ptr<Child>& owned) { return owned.get() == &child; });
+    return *m_children.emplace_back(std::make_unique<Child>(role, m_folder, index));
   }
 
-  // Saves content `which` of `generation` with a store of its own.
-  void Save(int which, std::uint32_t generation) {
-    auto store = MakeStore(m_folder);
+  std::unique_ptr<NIniFileKey> Open(bool readOnly) {
+    if (!m_store) m_store = MakeStore(m_folder);
     NReportMessageParams params;
-    auto key = OpenKey(*store, false, params);
-    ASSERT_TRUE(key) << params.GetText().ToUtf8();
-    ASSERT_TRUE(SetContent(*key, which, generation));
-    ASSERT_TRUE(key->Flush(params)) << params.GetText().ToUtf8();
+    auto key = OpenKey(*m_store, readOnly, params);
+    EXPECT_TRUE(key) << params.GetText().ToUtf8();
+    return key;
+  }
+
+  // Saves content `which` of `generation`; returns the file's bytes.
+  std::string Save(int which, std::uint32_t generation) {
+    auto key = Open(false);
+    NReportMessageParams params;
+    EXPECT_TRUE(key && SetContent(*key, which, generation) && key->Flush(params)) << params.GetText().ToUtf8();
+    return NReadFileBytes(KeyFile(m_folder));
   }
 
   // Starts an alternating writer `runs` times and stops it after a random
   // pause with the next of `signals`; `check` sees what each stop left.
   void RunStops(const std::vector<int>& signals, int runs, std::array<int, 5>* tally,
                 const std::function<void(NOutcome, const std::string&, int)>& check) {
-    // The two contents, as the writer saves them.
-    Save(0, 1);
-    const std::string small = NReadFileBytes(KeyFile(m_folder));
-    Save(1, 2);
-    const std::string large = NReadFileBytes(KeyFile(m_folder));
+    const std::string small = Save(0, 1);
+    const std::string large = Save(1, 2);
     ASSERT_GT(large.size(), 4 * small.size());
-
     std::mt19937 random(kStopSeed);
     std::uniform_int_distribution<int> pause(0, 20000);
     for (int run = 0; run < runs; ++run) {
       NWriteFileBytes(KeyFile(m_folder), small);
       NWriteFileBytes(m_folder / "progress", std::string(sizeof(std::int32_t), '\0'));
-      Child& child = Start(kAlternatingWriter, 0);
-      ASSERT_TRUE(child.Started()) << std::strerror(errno);
-      ASSERT_TRUE(child.WaitReady()) << "run " << run << child.Log();
+      Child child(kAlternatingWriter, m_folder, 0);
+      ASSERT_TRUE(child.Ready()) << "run " << run << ": " << std::strerror(errno) << child.Log();
       std::this_thread::sleep_for(std::chrono::microseconds(pause(random)));
       const int stop = signals[static_cast<std::size_t>(run) % signals.size()];
-      child.Signal(stop);
-      const int status = child.Wait();
+      child.process.Signal(stop);
+      const int status = child.process.Wait();
       ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == stop)
           << "run " << run << ": " << DescribeWait(status) << child.Log();
-      Forget(child);
 
       std::int32_t target = 0;
       const std::string progress = NReadFileBytes(m_folder / "progress");
@@ -334,33 +307,29 @@ class NIniFileKeyProcessesTest : public testing::Test {
   }
 
   fs::path m_folder;
+  std::unique_ptr<NIniFileStore> m_store;
   std::vector<std::unique_ptr<Child>> m_children;
 };
 
 TEST_F(NIniFileKeyProcessesTest, LoadsDuringAnotherProcessesSavesAreAlwaysWhole) {
   Save(0, 0);
   Child& writer = Start(kCountingWriter, 0);
-  ASSERT_TRUE(writer.Started()) << std::strerror(errno);
-  ASSERT_TRUE(writer.WaitReady()) << writer.Log();
-
-  auto store = MakeStore(m_folder);
+  ASSERT_TRUE(writer.Ready()) << std::strerror(errno) << writer.Log();
   std::set<std::size_t> sizes;
   std::set<std::uint32_t> generations;
   int loads = 0;
   for (const auto end = Clock::now() + 2s; Clock::now() < end; ++loads) {
-    NReportMessageParams params;
-    auto key = OpenKey(*store, true, params);
-    ASSERT_TRUE(key) << params.GetText().ToUtf8();
-    const std::string problem = WholeContentProblem(*key);
-    ASSERT_EQ(problem, "") << "load " << loads;
+    auto key = Open(true);
+    ASSERT_TRUE(key);
+    ASSERT_EQ(WholeContentProblem(*key), "") << "load " << loads;
     std::uint32_t generation = 0;
     key->GetDwordValue(u"generation", &generation);
     generations.insert(generation);
     sizes.insert(key->Values().ValueCount() - 1);
   }
-  ASSERT_TRUE(writer.Running()) << DescribeWait(writer.Wait()) << writer.Log();
-  writer.Signal(SIGTERM);
-  const int status = writer.Wait();
+  ASSERT_TRUE(writer.process.Running()) << DescribeWait(writer.process.Wait()) << writer.Log();
+  writer.process.Signal(SIGTERM);
+  const int status = writer.process.Wait();
   EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM) << DescribeWait(status) << writer.Log();
   // Not vacuous: the loads met saves of both sizes.
   EXPECT_EQ(sizes.size(), 2u);
@@ -370,29 +339,22 @@ TEST_F(NIniFileKeyProcessesTest, LoadsDuringAnotherProcessesSavesAreAlwaysWhole)
 
 TEST_F(NIniFileKeyProcessesTest, ProcessesChangingTheirOwnValuesOfOneKeyAllKeepTheirChanges) {
   {
-    auto store = MakeStore(m_folder);
-    NReportMessageParams params;
-    auto key = OpenKey(*store, false, params);
-    ASSERT_TRUE(key) << params.GetText().ToUtf8();
+    auto key = Open(false);
+    ASSERT_TRUE(key);
     ASSERT_TRUE(key->SetStringValue(u"seed", u"kept"));
+    NReportMessageParams params;
     ASSERT_TRUE(key->Flush(params)) << params.GetText().ToUtf8();
   }
-  std::vector<Child*> mergers;
-  for (int k = 0; k < kMergers; ++k) {
-    mergers.push_back(&Start(kMerger, k));
-    ASSERT_TRUE(mergers.back()->Started()) << std::strerror(errno);
-  }
-  for (Child* merger : mergers) ASSERT_TRUE(merger->WaitReady()) << merger->Log();
+  for (int k = 0; k < kMergers; ++k) ASSERT_TRUE(Start(kMerger, k).process.Started()) << std::strerror(errno);
+  for (auto& merger : m_children) ASSERT_TRUE(merger->Ready()) << merger->Log();
   NWriteFileBytes(m_folder / "go", "");
-  for (Child* merger : mergers) {
-    const int status = merger->Wait();
+  for (auto& merger : m_children) {
+    const int status = merger->process.Wait();
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << DescribeWait(status) << merger->Log();
   }
 
-  auto store = MakeStore(m_folder);
-  NReportMessageParams params;
-  auto key = OpenKey(*store, true, params);
-  ASSERT_TRUE(key) << params.GetText().ToUtf8();
+  auto key = Open(true);
+  ASSERT_TRUE(key);
   for (int k = 0; k < kMergers; ++k) {
     std::uint32_t value = 0;
     EXPECT_TRUE(key->GetDwordValue(NUnicodeString::FromUtf8("child-" + std::to_string(k)), &value)) << k;
@@ -407,24 +369,20 @@ TEST_F(NIniFileKeyProcessesTest, ProcessesChangingTheirOwnValuesOfOneKeyAllKeepT
 
 TEST_F(NIniFileKeyProcessesTest, PoliteStopsNeverLeaveAFileCutOrEmpty) {
   const int runs = EnvironmentNumber("CFGDECK_SIGNAL_RUNS", kDefaultSignalRuns);
-  const std::vector<int> signals = {SIGTERM, SIGINT, SIGHUP};
   std::array<int, 5> tally{};
-  auto store = MakeStore(m_folder);
   int intact = 0;
   const auto start = Clock::now();
-  RunStops(signals, runs, &tally, [&](NOutcome outcome, const std::string& bytes, int run) {
-    NReportMessageParams params;
-    auto key = OpenKey(*store, true, params);
-    ASSERT_TRUE(key) << params.GetText().ToUtf8();
+  RunStops({SIGTERM, SIGINT, SIGHUP}, runs, &tally, [&](NOutcome outcome, const std::string& bytes, int run) {
+    auto key = Open(true);
+    ASSERT_TRUE(key);
     const std::string problem = WholeContentProblem(*key);
-    const bool whole = outcome == NOutcome::kOld || outcome == NOutcome::kNew;
-    EXPECT_TRUE(whole && problem.empty()) << "run " << run << ": " << kOutcomeNames[static_cast<std::size_t>(outcome)]
-                                          << " file of " << bytes.size() << " bytes; " << problem;
-    if (whole && problem.empty()) ++intact;
+    const bool whole = (outcome == NOutcome::kOld || outcome == NOutcome::kNew) && problem.empty();
+    EXPECT_TRUE(whole) << "run " << run << ": " << kOutcomeNames[static_cast<std::size_t>(outcome)] << " file of "
+                       << bytes.size() << " bytes; " << problem;
+    intact += whole ? 1 : 0;
   });
-  const auto seconds = std::chrono::duration<double>(Clock::now() - start).count();
-  std::cout << "[ stops ] " << intact << " of " << runs << " intact (" << Rates(tally, runs) << ") in " << seconds
-            << " s\n";
+  std::cout << "[ stops ] " << intact << " of " << runs << " intact (" << Rates(tally, runs) << ") in "
+            << std::chrono::duration<double>(Clock::now() - start).count() << " s\n";
   EXPECT_EQ(intact, runs);
 }
 
@@ -435,9 +393,8 @@ TEST_F(NIniFileKeyProcessesTest, KilledSaveLeavesOldNewEmptyOrCutContentButNever
   RunStops({SIGKILL}, runs, &tally, [](NOutcome outcome, const std::string& bytes, int run) {
     EXPECT_NE(outcome, NOutcome::kMixed) << "run " << run << ": " << bytes.size() << " bytes";
   });
-  const auto seconds = std::chrono::duration<double>(Clock::now() - start).count();
   std::cout << "[ kills ] " << runs << " runs in " << m_folder.parent_path().string() << ": " << Rates(tally, runs)
-            << " in " << seconds << " s\n";
+            << " in " << std::chrono::duration<double>(Clock::now() - start).count() << " s\n";
   EXPECT_EQ(tally[static_cast<std::size_t>(NOutcome::kMixed)], 0);
 }
 

@@ -13,6 +13,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr NRegistryHive kUser = NRegistryHive::kCurrentUser;
+constexpr NRegistryHive kMachine = NRegistryHive::kLocalMachine;
+
 class NIniRegistryTest : public testing::Test {
  protected:
   void SetUp() override {
@@ -38,20 +41,12 @@ class NIniRegistryTest : public testing::Test {
     return NGetRegistry().OpenKey(hive, path, create, &key).Code();
   }
 
-  static std::u16string Folder(NRegistryHive hive) {
-    std::u16string folder = u"<unset>";
-    EXPECT_TRUE(NRegistryFolder(hive, &folder).IsOk());
-    return folder;
-  }
-
   fs::path m_dir;
   std::optional<NScopedEnvironment> m_override;
 };
 
-constexpr NRegistryHive kUser = NRegistryHive::kCurrentUser;
-constexpr NRegistryHive kMachine = NRegistryHive::kLocalMachine;
-
-TEST_F(NIniRegistryTest, ValuesAreWrittenAtOnceAndReadBack) {
+// Each hive lives in a folder of its own under the override.
+TEST_F(NIniRegistryTest, ValuesAreWrittenAtOnceAndReadBackAndHivesAreSeparate) {
   {
     auto key = Open(kUser, u"SOFTWARE\\Nerrin\\Skeldon", true);
     ASSERT_TRUE(key);
@@ -67,6 +62,16 @@ TEST_F(NIniRegistryTest, ValuesAreWrittenAtOnceAndReadBack) {
   EXPECT_EQ(text, u"C:\\Users\\K\u00f6nig\\Config");
   ASSERT_TRUE(key->QueryDword(u"Store Personal Data Separately", &number).IsOk());
   EXPECT_EQ(number, 0x80000001u);
+
+  ASSERT_TRUE(Open(kMachine, u"SOFTWARE\\Policies\\Nerrin", true)->SetDword(u"Save Passwords", 0).IsOk());
+  EXPECT_TRUE(fs::is_regular_file(m_dir / "HKEY_LOCAL_MACHINE/SOFTWARE/Policies/Nerrin.ini"));
+  EXPECT_EQ(OpenCode(kUser, u"SOFTWARE\\Policies\\Nerrin"), NStatus::kFileNotFound);
+  ASSERT_TRUE(Open(kUser, u"SOFTWARE\\Policies\\Nerrin", true)->SetDword(u"Save Passwords", 1).IsOk());
+  std::uint32_t user = 0, machine = 1;
+  ASSERT_TRUE(Open(kUser, u"SOFTWARE\\Policies\\Nerrin", false)->QueryDword(u"Save Passwords", &user).IsOk());
+  ASSERT_TRUE(Open(kMachine, u"SOFTWARE\\Policies\\Nerrin", false)->QueryDword(u"Save Passwords", &machine).IsOk());
+  EXPECT_EQ(user, 1u);
+  EXPECT_EQ(machine, 0u);
 }
 
 TEST_F(NIniRegistryTest, MissingKeysAndValuesAreNotFoundAndTypesAreKept) {
@@ -102,23 +107,6 @@ TEST_F(NIniRegistryTest, KeysOpenedForReadingRefuseWritesAndBadPathsAreRefused) 
     EXPECT_EQ(OpenCode(kUser, path, true), NStatus::kInvalidParameter) << NUnicodeString(path).ToUtf8();
   }
   EXPECT_FALSE(fs::exists(m_dir / "outside.ini"));
-}
-
-TEST_F(NIniRegistryTest, HivesAreSeparate) {
-  ASSERT_TRUE(Open(kMachine, u"SOFTWARE\\Policies\\Nerrin", true)->SetDword(u"Save Passwords", 0).IsOk());
-  EXPECT_TRUE(fs::is_regular_file(m_dir / "HKEY_LOCAL_MACHINE/SOFTWARE/Policies/Nerrin.ini"));
-  EXPECT_EQ(OpenCode(kUser, u"SOFTWARE\\Policies\\Nerrin"), NStatus::kFileNotFound);
-  ASSERT_TRUE(Open(kUser, u"SOFTWARE\\Policies\\Nerrin", true)->SetDword(u"Save Passwords", 1).IsOk());
-  std::uint32_t user = 0, machine = 1;
-  ASSERT_TRUE(Open(kUser, u"SOFTWARE\\Policies\\Nerrin", false)->QueryDword(u"Save Passwords", &user).IsOk());
-  ASSERT_TRUE(Open(kMachine, u"SOFTWARE\\Policies\\Nerrin", false)->QueryDword(u"Save Passwords", &machine).IsOk());
-  EXPECT_EQ(user, 1u);
-  EXPECT_EQ(machine, 0u);
-}
-
-TEST_F(NIniRegistryTest, FoldersComeFromTheOverride) {
-  EXPECT_EQ(NUnicodeString(Folder(kUser)).ToUtf8(), (m_dir / "HKEY_CURRENT_USER").string());
-  EXPECT_EQ(NUnicodeString(Folder(kMachine)).ToUtf8(), (m_dir / "HKEY_LOCAL_MACHINE").string());
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <random>
 #include <string>
@@ -13,9 +12,11 @@
 
 #include "platform/NPlatform.h"
 #include "platform/NUnicode.h"
+#include "platform/testing/NTestFiles.h"
 
 namespace {
 
+namespace fs = std::filesystem;
 using Encoding = NTextFile::Encoding;
 
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";   // U+FFFD in UTF-8
@@ -26,9 +27,7 @@ std::string Hex(std::string_view bytes) {
   std::string out;
   for (const char c : bytes) {
     const auto byte = static_cast<unsigned char>(c);
-    out += kDigits[byte >> 4];
-    out += kDigits[byte & 15];
-    out += ' ';
+    out += {kDigits[byte >> 4], kDigits[byte & 15], ' '};
   }
   return out;
 }
@@ -39,6 +38,22 @@ std::string FromHex(std::string_view hex) {
   for (std::size_t i = 0; i + 1 < hex.size(); i += 3) {
     out.push_back(static_cast<char>(std::stoi(std::string(hex.substr(i, 2)), nullptr, 16)));
   }
+  return out;
+}
+
+std::size_t CountLines(std::string_view text) {
+  NLineReader reader(text);
+  std::string_view line;
+  while (reader.Next(&line)) {
+  }
+  return reader.LineNumber();
+}
+
+// Lines of varied content, so that a lost or repeated block changes the text.
+std::string Filler(std::size_t size) {
+  std::string out;
+  for (int i = 0; out.size() < size; ++i) out += "S:\"" + std::to_string(i) + "\"=x\r\n";
+  out.resize(size);
   return out;
 }
 
@@ -72,33 +87,26 @@ TEST(NTextFileTest, DecodeRecognisesTheMarkAndReplacesMalformedInput) {
       {"empty", "", "", Encoding::kAnsi},
   };
   for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
     Encoding encoding = c.encoding == Encoding::kUtf8 ? Encoding::kAnsi : Encoding::kUtf8;
-    const std::string text = NTextFile::Decode(FromHex(c.rawHex), &encoding);
-    EXPECT_EQ(Hex(text), Hex(c.expected)) << c.name;
-    EXPECT_EQ(encoding, c.encoding) << c.name;
+    EXPECT_EQ(Hex(NTextFile::Decode(FromHex(c.rawHex), &encoding)), Hex(c.expected));
+    EXPECT_EQ(encoding, c.encoding);
   }
 }
 
 TEST(NTextFileTest, TextWithoutAMarkIsReadAsTheSystemsAnsiText) {
   // Which bytes mean what in ANSI text is the system's to say (the platform
   // tests pin it down); half a mark is no mark.
-  const struct {
-    const char* name;
-    std::string_view rawHex;
-  } cases[] = {
-      {"valid UTF-8", "63 61 66 C3 A9"},
-      {"Windows-1252", "63 61 66 E9"},
-      {"euro sign", "80"},
-      {"UTF-8 and one 1252 byte", "C3 A9 E9"},
-      {"half a UTF-8 mark", "EF BB"},
-      {"half a UTF-16 mark", "FF"},
+  const std::pair<const char*, std::string_view> cases[] = {
+      {"valid UTF-8", "63 61 66 C3 A9"},       {"Windows-1252", "63 61 66 E9"}, {"euro sign", "80"},
+      {"UTF-8 and one 1252 byte", "C3 A9 E9"}, {"half a UTF-8 mark", "EF BB"},  {"half a UTF-16 mark", "FF"},
   };
-  for (const auto& c : cases) {
-    const std::string raw = FromHex(c.rawHex);
+  for (const auto& [name, rawHex] : cases) {
+    SCOPED_TRACE(name);
+    const std::string raw = FromHex(rawHex);
     Encoding encoding = Encoding::kUtf8;
-    const std::string text = NTextFile::Decode(raw, &encoding);
-    EXPECT_EQ(encoding, Encoding::kAnsi) << c.name;
-    EXPECT_EQ(Hex(text), Hex(NUtf16ToUtf8(NAnsiToUtf16(raw)))) << c.name;
+    EXPECT_EQ(Hex(NTextFile::Decode(raw, &encoding)), Hex(NUtf16ToUtf8(NAnsiToUtf16(raw))));
+    EXPECT_EQ(encoding, Encoding::kAnsi);
   }
 }
 
@@ -137,131 +145,16 @@ TEST(NTextFileTest, LineReaderSplitsAtCrLfOrCrLf) {
   for (std::size_t length = 0; length < 150; ++length) {
     for (const std::string_view end : {"\r", "\n", "\r\n"}) {
       const std::string text = std::string(length, 'x') + std::string(end) + std::string(length / 2, 'y') + "\n";
-      std::vector<std::string_view> expected;
-      for (std::size_t at = 0; at < text.size();) {
-        const std::size_t stop = text.find_first_of("\r\n", at);
-        expected.push_back(std::string_view(text).substr(at, stop - at));
-        at = stop + (text.compare(stop, 2, "\r\n") == 0 ? 2 : 1);
-      }
       NLineReader reader(text);
       std::string_view line;
-      for (const std::string_view want : expected) {
+      for (std::size_t at = 0; at < text.size();) {
+        const std::size_t stop = text.find_first_of("\r\n", at);
         ASSERT_TRUE(reader.Next(&line)) << length;
-        ASSERT_EQ(line, want) << length;
+        ASSERT_EQ(line, std::string_view(text).substr(at, stop - at)) << length;
+        at = stop + (text.compare(stop, 2, "\r\n") == 0 ? 2 : 1);
       }
       EXPECT_FALSE(reader.Next(&line)) << length;
     }
-  }
-}
-
-class NTextFileReadTest : public testing::Test {
- protected:
-  void SetUp() override {
-    // A random name: several build trees may run this test at once.
-    std::random_device random;
-    for (int attempt = 0; attempt < 100 && m_folder.empty(); ++attempt) {
-      const std::filesystem::path candidate =
-          std::filesystem::path(testing::TempDir()) / ("cfgdeck_textfile_" + std::to_string(random()));
-      std::error_code error;
-      if (std::filesystem::create_directory(candidate, error)) m_folder = candidate;
-    }
-    ASSERT_FALSE(m_folder.empty());
-  }
-  void TearDown() override {
-    std::error_code ignored;
-    if (!m_folder.empty()) std::filesystem::remove_all(m_folder, ignored);
-  }
-
-  // Writes `bytes` to a new file and reads it back through NTextFile.
-  NStatus ReadBack(const std::string& bytes, std::string* raw) {
-    const std::filesystem::path path = m_folder / "key.txt";
-    {
-      std::ofstream out(path, std::ios::binary | std::ios::trunc);
-      out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    }
-    std::unique_ptr<NFile> file;
-    const NStatus opened = NPlatform::Default().OpenFile(path.u16string(), {}, &file);
-    if (!opened) return opened;
-    return NTextFile(*file).Read(raw);
-  }
-
-  std::filesystem::path m_folder;
-};
-
-std::size_t CountLines(std::string_view text) {
-  NLineReader reader(text);
-  std::string_view line;
-  while (reader.Next(&line)) {
-  }
-  return reader.LineNumber();
-}
-
-// Lines of varied content, so that a lost or repeated block changes the text.
-std::string Filler(std::size_t size) {
-  std::string out;
-  for (int i = 0; out.size() < size; ++i) out += "S:\"" + std::to_string(i) + "\"=x\r\n";
-  out.resize(size);
-  return out;
-}
-
-TEST_F(NTextFileReadTest, ReadTakesTheWholeFileAcrossBlocks) {
-  constexpr std::size_t kBlock = NTextFile::kBlockSize;
-  const std::string firstLine = "S:\"a\"=" + std::string(kBlock - 7, 'x');
-  // The high surrogate ends the first block and the low one begins the second.
-  std::string utf16 = "\xFF\xFE";
-  for (std::size_t i = 0; i < kBlock / 2 - 2; ++i) utf16 += FromHex("61 00");
-  utf16 += FromHex("3D D8 00 DE");
-  const std::string utf8Split = "\xEF\xBB\xBF" + std::string(kBlock - 4, 'a') + "\xE2\x82\xAC";
-  const struct {
-    const char* name;
-    std::string bytes;
-    std::string text;
-    Encoding encoding;
-    std::size_t lines;
-  } cases[] = {
-      {"CR ends one block, LF begins the next", firstLine + "\r\nS:\"b\"=2", firstLine + "\r\nS:\"b\"=2",
-       Encoding::kAnsi, 2},
-      {"exactly one block", Filler(kBlock), Filler(kBlock), Encoding::kAnsi, CountLines(Filler(kBlock))},
-      {"exactly two blocks", Filler(2 * kBlock), Filler(2 * kBlock), Encoding::kAnsi, CountLines(Filler(2 * kBlock))},
-      {"one byte past a block", Filler(kBlock + 1), Filler(kBlock + 1), Encoding::kAnsi,
-       CountLines(Filler(kBlock + 1))},
-      {"UTF-16 pair across blocks", utf16, std::string(kBlock / 2 - 2, 'a') + std::string(kGrinning),
-       Encoding::kUtf16LE, 1},
-      {"UTF-8 character across blocks", utf8Split, std::string(kBlock - 4, 'a') + "\xE2\x82\xAC", Encoding::kUtf8, 1},
-      {"empty file", "", "", Encoding::kAnsi, 0},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    std::string raw = "stale";
-    const NStatus status = ReadBack(c.bytes, &raw);
-    ASSERT_TRUE(status.IsOk()) << status.Code();
-    EXPECT_EQ(raw.size(), c.bytes.size());
-    EXPECT_TRUE(raw == c.bytes);
-    Encoding encoding = Encoding::kUtf16BE;
-    const std::string text = NTextFile::Decode(raw, &encoding);
-    EXPECT_TRUE(text == c.text);
-    EXPECT_EQ(encoding, c.encoding);
-    EXPECT_EQ(CountLines(text), c.lines);
-  }
-}
-
-TEST_F(NTextFileReadTest, AFileChangedAfterItsOpeningIsReadAsItIsNow) {
-  const std::filesystem::path path = m_folder / "key.txt";
-  for (const std::size_t after : {std::size_t{0}, std::size_t{10}, NTextFile::kBlockSize + 1, 3 * NTextFile::kBlockSize}) {
-    SCOPED_TRACE(after);
-    {
-      std::ofstream out(path, std::ios::binary | std::ios::trunc);
-      out << Filler(NTextFile::kBlockSize);
-    }
-    std::unique_ptr<NFile> file;
-    ASSERT_TRUE(NPlatform::Default().OpenFile(path.u16string(), {}, &file).IsOk());
-    {
-      std::ofstream out(path, std::ios::binary | std::ios::trunc);
-      out << Filler(after);
-    }
-    std::string raw;
-    ASSERT_TRUE(NTextFile(*file).Read(&raw).IsOk());
-    EXPECT_TRUE(raw == Filler(after)) << raw.size();
   }
 }
 
@@ -293,6 +186,91 @@ TEST(NTextFileTest, EncodedPutsTheMarkFirstAndEndsLinesWithCrLf) {
     Encoding decodedAs = Encoding::kAnsi;
     EXPECT_EQ(NTextFile::Decode(encoded, &decodedAs), writer.Pending());
     EXPECT_EQ(decodedAs, c.encoding);
+  }
+}
+
+class NTextFileReadTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    // A random name: several build trees may run this test at once.
+    std::random_device random;
+    for (int attempt = 0; attempt < 100 && m_folder.empty(); ++attempt) {
+      const fs::path candidate = fs::path(testing::TempDir()) / ("cfgdeck_textfile_" + std::to_string(random()));
+      std::error_code error;
+      if (fs::create_directory(candidate, error)) m_folder = candidate;
+    }
+    ASSERT_FALSE(m_folder.empty());
+    m_path = m_folder / "key.txt";
+  }
+  void TearDown() override {
+    std::error_code ignored;
+    if (!m_folder.empty()) fs::remove_all(m_folder, ignored);
+  }
+
+  std::unique_ptr<NFile> OpenFile() {
+    std::unique_ptr<NFile> file;
+    EXPECT_TRUE(NPlatform::Default().OpenFile(m_path.u16string(), {}, &file).IsOk());
+    return file;
+  }
+
+  fs::path m_folder, m_path;
+};
+
+TEST_F(NTextFileReadTest, ReadTakesTheWholeFileAcrossBlocks) {
+  constexpr std::size_t kBlock = NTextFile::kBlockSize;
+  const std::string firstLine = "S:\"a\"=" + std::string(kBlock - 7, 'x');
+  // The high surrogate ends the first block and the low one begins the second.
+  std::string utf16 = "\xFF\xFE";
+  for (std::size_t i = 0; i < kBlock / 2 - 2; ++i) utf16 += FromHex("61 00");
+  utf16 += FromHex("3D D8 00 DE");
+  const struct {
+    const char* name;
+    std::string bytes;
+    std::string text;
+    Encoding encoding;
+    std::size_t lines;
+  } cases[] = {
+      {"CR ends one block, LF begins the next", firstLine + "\r\nS:\"b\"=2", firstLine + "\r\nS:\"b\"=2",
+       Encoding::kAnsi, 2},
+      {"exactly one block", Filler(kBlock), Filler(kBlock), Encoding::kAnsi, CountLines(Filler(kBlock))},
+      {"exactly two blocks", Filler(2 * kBlock), Filler(2 * kBlock), Encoding::kAnsi, CountLines(Filler(2 * kBlock))},
+      {"one byte past a block", Filler(kBlock + 1), Filler(kBlock + 1), Encoding::kAnsi,
+       CountLines(Filler(kBlock + 1))},
+      {"UTF-16 pair across blocks", utf16, std::string(kBlock / 2 - 2, 'a') + std::string(kGrinning),
+       Encoding::kUtf16LE, 1},
+      {"UTF-8 character across blocks", "\xEF\xBB\xBF" + std::string(kBlock - 4, 'a') + "\xE2\x82\xAC",
+       std::string(kBlock - 4, 'a') + "\xE2\x82\xAC", Encoding::kUtf8, 1},
+      {"empty file", "", "", Encoding::kAnsi, 0},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    NWriteFileBytes(m_path, c.bytes);
+    auto file = OpenFile();
+    ASSERT_TRUE(file);
+    std::string raw = "stale";
+    const NStatus status = NTextFile(*file).Read(&raw);
+    ASSERT_TRUE(status.IsOk()) << status.Code();
+    EXPECT_EQ(raw.size(), c.bytes.size());
+    EXPECT_TRUE(raw == c.bytes);
+    Encoding encoding = Encoding::kUtf16BE;
+    const std::string text = NTextFile::Decode(raw, &encoding);
+    EXPECT_TRUE(text == c.text);
+    EXPECT_EQ(encoding, c.encoding);
+    EXPECT_EQ(CountLines(text), c.lines);
+  }
+}
+
+TEST_F(NTextFileReadTest, AFileChangedAfterItsOpeningIsReadAsItIsNow) {
+  for (const std::size_t after :
+       {std::size_t{0}, std::size_t{10}, NTextFile::kBlockSize + 1, 3 * NTextFile::kBlockSize}) {
+    SCOPED_TRACE(after);
+    NWriteFileBytes(m_path, Filler(NTextFile::kBlockSize));
+    auto file = OpenFile();
+    ASSERT_TRUE(file);
+    NWriteFileBytes(m_path, Filler(after));
+    std::string raw;
+    ASSERT_TRUE(NTextFile(*file).Read(&raw).IsOk());
+    EXPECT_TRUE(raw == Filler(after)) << raw.size();
   }
 }
 
