@@ -1,3 +1,5 @@
+// The configuration folder functions, and the registry base and policies
+// they read.
 #include "location/NConfigFolder.h"
 
 #include <gtest/gtest.h>
@@ -7,13 +9,14 @@
 #include <optional>
 #include <vector>
 
+#include "location/NPolicy.h"
 #include "location/NRegistryBase.h"
 #include "location/NReportMessageRouter.h"
 #include "platform/testing/NScopedEnvironment.h"
 #include "platform/testing/NSymbolicLink.h"
 #include "platform/testing/NTestFiles.h"
 #include "store/NIniFileStoreFactory.h"
-#include "store/NRegistryAccess.h"
+#include "store/NIniRegistry.h"
 #include "uicore/NAppName.h"
 
 namespace {
@@ -21,6 +24,18 @@ namespace {
 namespace fs = std::filesystem;
 constexpr std::string_view kBom = "\xEF\xBB\xBF";
 constexpr std::string_view kCurrentVersion = "7B2F2717-85C8-4729-8394-3B7697039CEB 9.4";
+constexpr NRegistryHive kUser = NRegistryHive::kCurrentUser;
+constexpr NRegistryHive kMachine = NRegistryHive::kLocalMachine;
+const std::tm kFixedTime = [] {
+  std::tm time = {};
+  time.tm_year = 2025 - 1900;
+  time.tm_mon = 1;  // February
+  time.tm_mday = 3;
+  time.tm_hour = 9;
+  time.tm_min = 5;
+  time.tm_sec = 7;
+  return time;
+}();
 
 class TraceRecorder final : public NReportMessageRouter {
  public:
@@ -39,6 +54,21 @@ NProfileStoreFactory* Factory() { return g_factory; }
 
 std::u16string U16(const fs::path& path) { return NUnicodeString::FromUtf8(path.string()); }
 
+// Counts the keys opened for reading, in order, to show the probe's order.
+class ProbeRecorder final : public NRegistry {
+ public:
+  explicit ProbeRecorder(NRegistry& target) : m_target(target) {}
+  NStatus OpenKey(NRegistryHive hive, std::u16string_view path, bool create,
+                  std::unique_ptr<NRegistryKey>* key) override {
+    opened.push_back((hive == kUser ? "HKCU\\" : "HKLM\\") + NUnicodeString(path).ToUtf8());
+    return m_target.OpenKey(hive, path, create, key);
+  }
+  std::vector<std::string> opened;
+
+ private:
+  NRegistry& m_target;
+};
+
 class NConfigFolderTest : public testing::Test {
  protected:
   void SetUp() override {
@@ -46,7 +76,9 @@ class NConfigFolderTest : public testing::Test {
             ("cfgdeck_folder_" + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
     fs::remove_all(m_dir);
     fs::create_directories(m_dir);
+    // The registry that NGetRegistry() opens, and the same folders opened directly.
     m_registryDir.emplace("CFGDECK_REGISTRY_DIR", (m_dir / "registry").u16string());
+    m_registry.emplace(U16(m_dir / "registry/HKEY_CURRENT_USER"), U16(m_dir / "registry/HKEY_LOCAL_MACHINE"));
     NResetRegistryBase();
     NSetAppName(u"Skeldon");
     g_traces = &m_traces;
@@ -82,11 +114,14 @@ class NConfigFolderTest : public testing::Test {
     CfgdeckInitProfileFactory(&Factory);
   }
 
-  static void Remember(std::u16string_view product, std::u16string_view path) {
+  // The key, created where it is missing.
+  std::unique_ptr<NRegistryKey> Key(NRegistryHive hive, std::u16string_view path) {
     std::unique_ptr<NRegistryKey> key;
-    ASSERT_TRUE(NGetRegistry().OpenKey(NRegistryHive::kCurrentUser, u"SOFTWARE\\Nerrin\\" + std::u16string(product),
-                                       true, &key));
-    ASSERT_TRUE(key->SetString(kConfigPathValue, path));
+    EXPECT_TRUE(m_registry->OpenKey(hive, path, true, &key)) << NUnicodeString(path).ToUtf8();
+    return key;
+  }
+  void Remember(std::u16string_view product, std::u16string_view path) {
+    ASSERT_TRUE(Key(kUser, u"SOFTWARE\\Nerrin\\" + std::u16string(product))->SetString(kConfigPathValue, path));
   }
 
   static std::vector<std::string> Names(const fs::path& folder) {
@@ -96,22 +131,13 @@ class NConfigFolderTest : public testing::Test {
     return names;
   }
 
-  static std::tm FixedTime() {
-    std::tm time = {};
-    time.tm_year = 2025 - 1900;
-    time.tm_mon = 1;  // February
-    time.tm_mday = 3;
-    time.tm_hour = 9;
-    time.tm_min = 5;
-    time.tm_sec = 7;
-    return time;
-  }
-
   fs::path m_dir;
   std::optional<NScopedEnvironment> m_registryDir;
+  std::optional<NIniRegistry> m_registry;
   TraceRecorder m_traces;
   std::unique_ptr<NIniFileStoreFactory> m_factory;
 };
+using NRegistryBaseTest = NConfigFolderTest;
 
 TEST_F(NConfigFolderTest, UnderExeNeedsAGlobalFileInConfig) {
   fs::create_directories(m_dir / "app" / "Config");
@@ -193,9 +219,8 @@ TEST_F(NConfigFolderTest, OldFolderWithARedirectIsReplacedAndReportedOnce) {
     EXPECT_EQ(path, u"/srv/new config");
     ASSERT_EQ(g_reports.size(), 1u);
     EXPECT_EQ(g_reports[0].GetCode(), 0x61380017u);
-    EXPECT_EQ(g_reports[0].GetText().ToUtf8().rfind(
-                  "The configuration was migrated from: \r\n'" + old.string() + "'\r\nto\r\n'/srv/new config'.", 0),
-              0u)
+    EXPECT_TRUE(g_reports[0].GetText().ToUtf8().starts_with("The configuration was migrated from: \r\n'" +
+                                                            old.string() + "'\r\nto\r\n'/srv/new config'."))
         << g_reports[0].GetText().ToUtf8();
     EXPECT_EQ(GetAppConfigPath(u"Skeldon"), save ? u"/srv/new config" : u"");
   }
@@ -221,18 +246,18 @@ TEST_F(NConfigFolderTest, OldFolderWithoutARedirectMovesTheGlobalFileAside) {
 }
 
 TEST_F(NConfigFolderTest, RenameUsesYearDayMonthAndFailsWithoutTouchingEitherFile) {
-  EXPECT_EQ(NIncompleteGlobalName(FixedTime()), u"Global-incomplete-20250302_090507.ini");
+  EXPECT_EQ(NIncompleteGlobalName(kFixedTime), u"Global-incomplete-20250302_090507.ini");
 
   // Without a factory the folder is the one remembered for the application.
   const fs::path folder = MakeFolder("remembered", "3.0", {}, "global.ini");
   Remember(u"Skeldon", U16(folder));
-  EXPECT_TRUE(NRenameGlobalConfig(FixedTime()));
+  EXPECT_TRUE(NRenameGlobalConfig(kFixedTime));
   EXPECT_EQ(Names(folder), std::vector<std::string>{"Global-incomplete-20250302_090507.ini"});
   // Nothing left to move.
-  EXPECT_TRUE(NRenameGlobalConfig(FixedTime()));
+  EXPECT_TRUE(NRenameGlobalConfig(kFixedTime));
 
   MakeFolder("remembered", "3.0");
-  EXPECT_FALSE(NRenameGlobalConfig(FixedTime()));
+  EXPECT_FALSE(NRenameGlobalConfig(kFixedTime));
   EXPECT_EQ(Names(folder), (std::vector<std::string>{"Global-incomplete-20250302_090507.ini", "Global.ini"}));
   EXPECT_EQ(NReadFileBytes(folder / "Global.ini"), std::string(kBom) + "S:\"Version\"=3.0\r\n");
 }
@@ -284,6 +309,84 @@ TEST(NConfigFormatTest, TheFirst36CharactersNameTheFormatExactly) {
   EXPECT_TRUE(NIsCurrentConfigFormat(u"7B2F2717-85C8-4729-8394-3B7697039CEBanything after"));
   EXPECT_FALSE(NIsCurrentConfigFormat(u"0311ABC6-1CDD-46FC-A08A-0D7C00242FCA"));
   EXPECT_FALSE(NIsCurrentConfigFormat(u"7B2F2717-85C8-4729-8394-3B7697039CE"));
+}
+
+TEST_F(NRegistryBaseTest, TheFirstOfFourProbesThatOpensIsTheBase) {
+  ProbeRecorder recorder(*m_registry);
+  NRegistryBase base = NFindRegistryBase(recorder);
+  EXPECT_EQ(recorder.opened,
+            (std::vector<std::string>{"HKCU\\SOFTWARE\\Nerrin", "HKLM\\SOFTWARE\\Nerrin",
+                                      "HKCU\\SOFTWARE\\Nerrin Technologies", "HKLM\\SOFTWARE\\Nerrin Technologies"}));
+  EXPECT_EQ(base.hive, kUser);
+  EXPECT_EQ(base.path, u"SOFTWARE\\Nerrin");
+  EXPECT_EQ(base.ProductKey(u"Skeldon"), u"SOFTWARE\\Nerrin\\Skeldon");
+
+  // Each probe wins over those after it; removing it lets the next one win.
+  for (const char16_t* path : {u"SOFTWARE\\Nerrin Technologies\\Skeldon", u"SOFTWARE\\Nerrin\\Skeldon"}) {
+    Key(kMachine, path);
+    Key(kUser, path);
+  }
+  const struct {
+    NRegistryHive hive;
+    std::u16string_view path;
+    const char* removeAfter;
+  } expected[] = {{kUser, u"SOFTWARE\\Nerrin", "SOFTWARE/Nerrin"},
+                  {kMachine, u"SOFTWARE\\Nerrin", "SOFTWARE/Nerrin"},
+                  {kUser, u"SOFTWARE\\Nerrin Technologies", "SOFTWARE"},
+                  {kMachine, u"SOFTWARE\\Nerrin Technologies", "SOFTWARE"}};
+  for (std::size_t i = 0; i < std::size(expected); ++i) {
+    SCOPED_TRACE("probe " + std::to_string(i + 1));
+    recorder.opened.clear();
+    base = NFindRegistryBase(recorder);
+    EXPECT_EQ(base.hive, expected[i].hive);
+    EXPECT_EQ(base.path, expected[i].path);
+    EXPECT_EQ(recorder.opened.size(), i + 1) << "probing stops at the base";
+    fs::remove_all(m_dir / "registry" / (expected[i].hive == kUser ? "HKEY_CURRENT_USER" : "HKEY_LOCAL_MACHINE") /
+                   expected[i].removeAfter);
+  }
+  base = NFindRegistryBase(*m_registry);
+  EXPECT_EQ(base.hive, kUser);
+  EXPECT_EQ(base.path, u"SOFTWARE\\Nerrin");
+}
+
+TEST_F(NRegistryBaseTest, TheRememberedFolderIsReadUnderTheChosenBase) {
+  ASSERT_TRUE(Key(kMachine, u"SOFTWARE\\Nerrin Technologies\\Skeldon")->SetString(kConfigPathValue, u"/opt/shared"));
+  EXPECT_EQ(GetAppConfigPath(u"Skeldon"), u"/opt/shared");
+  // Kept for the process, until forgotten.
+  Key(kUser, u"SOFTWARE\\Nerrin");
+  EXPECT_EQ(GetAppConfigPath(u"Skeldon"), u"/opt/shared");
+  NResetRegistryBase();
+  EXPECT_EQ(GetAppConfigPath(u"Skeldon"), u"");
+}
+
+TEST_F(NRegistryBaseTest, PoliciesAreReadFromTheKeyAndItsGlobalSubkey) {
+  EXPECT_FALSE(NReadPolicy(*m_registry, kUser).savePasswords.has_value());
+  ASSERT_TRUE(Key(kMachine, u"Software\\Policies\\Nerrin")->SetDword(u"Save Passwords", 0));
+  ASSERT_TRUE(Key(kMachine, u"Software\\Policies\\Nerrin")->SetDword(u"Disable Passwords", 7));
+  ASSERT_TRUE(Key(kMachine, u"Software\\Policies\\Nerrin\\Global")->SetDword(u"Disable Passwords", 0));
+  ASSERT_TRUE(Key(kMachine, u"Software\\Policies\\Nerrin\\Global")->SetDword(u"Save Usernames", 1));
+  ASSERT_TRUE(Key(kUser, u"Software\\Policies\\Nerrin")->SetDword(u"Save Usernames", 0));
+
+  const NPolicy machine = NReadPolicy(*m_registry, kMachine);
+  EXPECT_EQ(machine.savePasswords, std::optional<bool>(false));
+  EXPECT_EQ(machine.saveUsernames, std::optional<bool>(true));
+  EXPECT_EQ(machine.disablePasswords, std::optional<bool>(false)) << "Global wins";
+  const NPolicy user = NReadPolicy(*m_registry, kUser);
+  EXPECT_EQ(user.saveUsernames, std::optional<bool>(false));
+  EXPECT_FALSE(user.savePasswords.has_value());
+  EXPECT_FALSE(user.disablePasswords.has_value());
+}
+
+TEST(NPolicyTest, PoliciesOnlyTakeChoicesAway) {
+  NPolicy policy;
+  policy.savePasswords = true;
+  policy.saveUsernames = false;
+  EXPECT_FALSE(policy.SavePasswords(false)) << "a policy of 1 forces nothing on";
+  EXPECT_TRUE(policy.SavePasswords(true));
+  EXPECT_FALSE(policy.SaveUsernames(true));
+  policy.disablePasswords = true;
+  EXPECT_FALSE(policy.SavePasswords(true));
+  EXPECT_TRUE(policy.FixesSavePasswords());
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 
 #include "location/NMessageFormatter.h"
 #include "location/NMessageModule.h"
+#include "location/NReportMessageRouter.h"
 #include "platform/NPlatform.h"
 
 namespace {
@@ -15,16 +16,13 @@ namespace {
 // through the library.
 class FakeModule final : public NMessageModule {
  public:
-  explicit FakeModule(std::map<std::uint32_t, std::u16string> table) : m_table(std::move(table)) {}
   bool FindTemplate(std::uint32_t code, std::u16string* text) const override {
-    auto it = m_table.find(code);
-    if (it == m_table.end()) return false;
+    const auto it = table.find(code);
+    if (it == table.end()) return false;
     *text = it->second;
     return true;
   }
-
- private:
-  std::map<std::uint32_t, std::u16string> m_table;
+  std::map<std::uint32_t, std::u16string> table;
 };
 
 std::string TextOf(const NReportMessageParams& params) { return params.GetText().ToUtf8(); }
@@ -37,14 +35,6 @@ std::string SystemText(std::uint32_t code) {
   std::u16string text;
   EXPECT_TRUE(NPlatform::Default().LookupSystemMessage(code, &text)) << code;
   return NUnicodeString(text).ToUtf8();
-}
-
-TEST(NReportMessageParamsTest, LibraryMessageTakesItsArgument) {
-  NReportMessageParams params(0x61380023);
-  params.AddArgument(u"Skeldon");
-  EXPECT_EQ(TextOf(params),
-            "The change to the Personal Data Folder will take effect the next time you start Skeldon.\r\n");
-  EXPECT_EQ(params.GetTextLength(), params.GetText().size());
 }
 
 TEST(NReportMessageParamsTest, SystemCodesResolveThroughTheSystemTables) {
@@ -67,30 +57,28 @@ TEST(NReportMessageParamsTest, UnknownCodeGivesTheFallbackWithEightLowercaseDigi
   NReportMessageParams params(0xE138ABCD);
   EXPECT_EQ(TextOf(params), "Could not retrieve the error text for error code 0xe138abcd.\r\n");
   EXPECT_EQ(params.GetTextLength(), params.GetText().size());
-  EXPECT_EQ(TextOf(NReportMessageParams(0x00000ABC)), "Could not retrieve the error text for error code 0x00000abc.\r\n");
+  EXPECT_EQ(TextOf(NReportMessageParams(0x00000ABC)),
+            "Could not retrieve the error text for error code 0x00000abc.\r\n");
 }
 
 TEST(NReportMessageParamsTest, ResolutionOrder) {
-  const FakeModule module({{0x61380023, u"source's own %1\r\n"},
-                           {5, u"source's text for five\r\n"},
-                           {0x00004321, u"source knows %1\r\n"},
-                           {0xE138F0F0, u"only the source\r\n"}});
-  struct Case {
-    std::uint32_t code;
-    std::string expected;
-  };
-  const Case cases[] = {
-      {5, SystemText(5)},                             // system tables first for system codes
-      {0x00004321, "source knows arg\r\n"},           // then the source module
-      {0x61380023, "source's own arg\r\n"},           // a customer code skips the system, source before library
+  FakeModule module;
+  module.table = {{0x61380023, u"source's own %1\r\n"},
+                  {5, u"source's text for five\r\n"},
+                  {0x00004321, u"source knows %1\r\n"},
+                  {0xE138F0F0, u"only the source\r\n"}};
+  const std::pair<std::uint32_t, std::string> cases[] = {
+      {5, SystemText(5)},                    // system tables first for system codes
+      {0x00004321, "source knows arg\r\n"},  // then the source module
+      {0x61380023, "source's own arg\r\n"},  // a customer code skips the system, source before library
       {0xE138F0F0, "only the source\r\n"},
       {0x61380022, "The change to the Configuration Folder will take effect the next time you start arg.\r\n"},
   };
-  for (const Case& c : cases) {
-    NReportMessageParams params(c.code);
+  for (const auto& [code, expected] : cases) {
+    NReportMessageParams params(code);
     params.SetSource(&module);
     params.AddArgument(u"arg");
-    EXPECT_EQ(TextOf(params), c.expected) << std::hex << c.code;
+    EXPECT_EQ(TextOf(params), expected) << std::hex << code;
   }
 }
 
@@ -112,6 +100,7 @@ TEST(NReportMessageParamsTest, TextIsCachedUntilTheInputsChange) {
   NReportMessageParams params(0x61380023);
   params.AddArgument(u"A");
   const NUnicodeString* first = &params.GetText();
+  EXPECT_EQ(TextOf(params), "The change to the Personal Data Folder will take effect the next time you start A.\r\n");
   EXPECT_EQ(first, &params.GetText());
   params.SetCode(0x61380022);
   EXPECT_EQ(TextOf(params), "The change to the Configuration Folder will take effect the next time you start A.\r\n");
@@ -145,12 +134,6 @@ TEST(NReportMessageParamsTest, QueryInterfaceGivesTheCarrierInterface) {
   EXPECT_EQ(params->Release(), 0u);  // deletes it; ASan would flag a leak or a double free
 }
 
-}  // namespace
-
-#include "location/NReportMessageRouter.h"
-
-namespace {
-
 class RecordingRouter final : public NReportMessageRouter {
  public:
   void RouteMessage(const NReportMessageParams& params) override { messages.push_back(params.GetText().ToUtf8()); }
@@ -158,7 +141,6 @@ class RecordingRouter final : public NReportMessageRouter {
   std::vector<std::string> messages;
   std::vector<std::string> traces;
 };
-
 RecordingRouter g_router;
 NReportMessageRouter* GetRecordingRouter() { return &g_router; }
 
