@@ -16,13 +16,11 @@
 
 namespace {
 
-// Records its destruction instead of hiding it, so that tests can count it.
+// Counts its destructions, so that a double or missing delete shows.
 class Counted : public NUnknown {
  public:
   explicit Counted(int* deletions) : m_deletions(deletions) {}
-
-  // The count after dropping the reference this call takes.
-  std::uint32_t References() {
+  std::uint32_t References() {  // the count once this call's reference is dropped
     AddRef();
     return Release();
   }
@@ -52,14 +50,12 @@ TEST(NArrayTest, IndexOutsideTheArrayThrowsOutOfRangeWithIndexAndCount) {
   NArray<int> empty;
   ExpectOutOfRange(empty, 0, 0);
   ExpectOutOfRange(std::as_const(empty), 0, 0);
-
   NArray<int> array = {10, 20, 30};
   ExpectOutOfRange(array, 3, 3);
   ExpectOutOfRange(std::as_const(array), 3, 3);
   ExpectOutOfRange(array, static_cast<std::size_t>(-1), 3);
   EXPECT_THROW(array.RemoveAt(3), OutOfRange);
   EXPECT_EQ(array, (NArray<int>{10, 20, 30})) << "a refused RemoveAt changed the array";
-
   array.RemoveAt(0);
   EXPECT_EQ(array[0], 20);
   EXPECT_EQ(array[1], 30);
@@ -72,9 +68,9 @@ TEST(NUnicodeStringTest, ConvertsFromAndToUtf8) {
   EXPECT_EQ(text, u"K\u00F6nig \U0001F600");
   EXPECT_EQ(text.ToUtf8(), "K\xC3\xB6nig \xF0\x9F\x98\x80");
   EXPECT_EQ(NUnicodeString::FromUtf8("a\xC0z"), u"a\uFFFDz");
-  // ASCII is widened in blocks that overlap at the end: every length comes
-  // out whole, and one byte that is not ASCII, wherever it is, still sends
-  // the text to the decoder.
+  // ASCII is widened in blocks that overlap at the end: every length must
+  // come out whole, and one byte that is not ASCII, wherever it is, must
+  // still send the text to the decoder.
   for (std::size_t length = 0; length < 40; ++length) {
     std::string ascii;
     std::u16string wide;
@@ -96,8 +92,7 @@ TEST(NUnicodeStringTest, ConvertsFromAndToUtf8) {
 TEST(NUnicodeStringTest, IgnoreCaseEqualityAndHashAgree) {
   enum class Equal { kYes, kNo, kBySystem };
   const struct {
-    std::u16string_view a;
-    std::u16string_view b;
+    std::u16string_view a, b;
     Equal equal;
   } cases[] = {
       {u"Section", u"SECTION", Equal::kYes},
@@ -108,26 +103,22 @@ TEST(NUnicodeStringTest, IgnoreCaseEqualityAndHashAgree) {
       // rule (its file names' rule) has no upper case for it. Either way the
       // hash must follow the equality.
       {u"\u039F\u0394\u039F\u03A3", u"\u03BF\u03B4\u03BF\u03C2", Equal::kBySystem},  // ΟΔΟΣ / οδος
-      {u"abc", u"abcd", Equal::kNo},
-      {u"abcd", u"abc", Equal::kNo},
-      {u"abc", u"abd", Equal::kNo},
+      {u"abc", u"abcd", Equal::kNo}, {u"abcd", u"abc", Equal::kNo}, {u"abc", u"abd", Equal::kNo},
       {u"e", u"\u00E9", Equal::kNo},
   };
   const NIgnoreCaseHash hash;
   for (const auto& c : cases) {
-    const std::string label =
-        NUnicodeString(std::u16string(c.a)).ToUtf8() + " / " + NUnicodeString(std::u16string(c.b)).ToUtf8();
+    SCOPED_TRACE(NUnicodeString(std::u16string(c.a)).ToUtf8() + " / " + NUnicodeString(std::u16string(c.b)).ToUtf8());
     const bool equal = NIgnoreCaseEqual()(c.a, c.b);
     if (c.equal != Equal::kBySystem) {
-      EXPECT_EQ(equal, c.equal == Equal::kYes) << label;
+      EXPECT_EQ(equal, c.equal == Equal::kYes);
     }
-    EXPECT_EQ(NUnicodeString(std::u16string(c.a)).EqualsIgnoreCase(c.b), equal) << label;
-    EXPECT_EQ(NIgnoreCaseEqual()(c.b, c.a), equal) << label;
+    EXPECT_EQ(NUnicodeString(std::u16string(c.a)).EqualsIgnoreCase(c.b), equal);
+    EXPECT_EQ(NIgnoreCaseEqual()(c.b, c.a), equal);
     if (equal) {
-      EXPECT_EQ(hash(c.a), hash(c.b)) << label;
+      EXPECT_EQ(hash(c.a), hash(c.b));
     }
   }
-
   NMap<NUnicodeString, int, NIgnoreCaseHash, NIgnoreCaseEqual> map;
   map.emplace(u"\u00C9t\u00E9", 1);
   ASSERT_NE(map.Find(NUnicodeString(u"\u00E9T\u00C9")), nullptr);
@@ -136,17 +127,7 @@ TEST(NUnicodeStringTest, IgnoreCaseEqualityAndHashAgree) {
   EXPECT_EQ(map.size(), 1u) << "Find inserted";
 }
 
-TEST(NUnknownTest, ReleasingTheLastReferenceDeletesOnce) {
-  int deletions = 0;
-  auto* object = new Counted(&deletions);
-  EXPECT_EQ(object->AddRef(), 2u);
-  EXPECT_EQ(object->Release(), 1u);
-  EXPECT_EQ(deletions, 0);
-  EXPECT_EQ(object->Release(), 0u);
-  EXPECT_EQ(deletions, 1);
-}
-
-TEST(NUnknownTest, QueryInterfaceAddsAReferenceOnlyOnSuccess) {
+TEST(NUnknownTest, QueryInterfaceAddsAReferenceOnlyOnSuccessAndTheLastReleaseDeletesOnce) {
   int deletions = 0;
   auto* object = new Counted(&deletions);
   constexpr NInterfaceId kOther = {0x12345678, 0x1234, 0x5678, {1, 2, 3, 4, 5, 6, 7, 8}};
@@ -154,12 +135,13 @@ TEST(NUnknownTest, QueryInterfaceAddsAReferenceOnlyOnSuccess) {
   EXPECT_FALSE(object->QueryInterface(kOther, &result));
   EXPECT_EQ(result, nullptr);
   EXPECT_EQ(object->References(), 1u);
-
   EXPECT_TRUE(object->QueryInterface(NUnknown::kIID, &result));
   EXPECT_EQ(result, static_cast<NUnknown*>(object));
-  EXPECT_EQ(object->References(), 2u);
-  static_cast<NUnknown*>(result)->Release();
-  object->Release();
+  EXPECT_EQ(object->AddRef(), 3u);
+  EXPECT_EQ(object->Release(), 2u);
+  EXPECT_EQ(static_cast<NUnknown*>(result)->Release(), 1u);
+  EXPECT_EQ(deletions, 0);
+  EXPECT_EQ(object->Release(), 0u);
   EXPECT_EQ(deletions, 1);
 }
 
@@ -189,14 +171,12 @@ TEST(NUnknownPointerTest, CopyMoveAdoptShareAndResetKeepTheCountRight) {
   {
     auto owner = NUnknownPointer<Counted>::Adopt(object);
     EXPECT_EQ(object->References(), 1u) << "Adopt added a reference";
-
     NUnknownPointer<Counted> copy = owner;
     EXPECT_EQ(object->References(), 2u);
     NUnknownPointer<Counted> moved = std::move(copy);
     EXPECT_FALSE(copy);
     EXPECT_EQ(moved.Get(), object);
     EXPECT_EQ(object->References(), 2u);
-
     NUnknownPointer<Counted> assigned;
     assigned = owner;
     EXPECT_EQ(object->References(), 3u);
@@ -205,7 +185,6 @@ TEST(NUnknownPointerTest, CopyMoveAdoptShareAndResetKeepTheCountRight) {
     EXPECT_EQ(object->References(), 3u) << "self-assignment";
     assigned = std::move(moved);
     EXPECT_EQ(object->References(), 2u) << "move-assignment over the same object";
-
     auto shared = NUnknownPointer<Counted>::Share(object);
     EXPECT_EQ(object->References(), 3u);
     shared.Reset();
@@ -213,7 +192,6 @@ TEST(NUnknownPointerTest, CopyMoveAdoptShareAndResetKeepTheCountRight) {
     EXPECT_EQ(object->References(), 2u);
     shared.Reset();
     EXPECT_EQ(object->References(), 2u) << "a second Reset released again";
-
     Counted* detached = assigned.Detach();
     EXPECT_EQ(object->References(), 2u);
     detached->Release();

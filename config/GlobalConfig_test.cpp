@@ -28,7 +28,7 @@ NUnicodeString Text(const GlobalConfig& config, std::u16string_view name) {
   return field ? field->Describe().text : NUnicodeString();
 }
 
-TEST(GlobalConfigRecord, DefaultsMatchTheTable) {
+TEST(GlobalConfigRecord, EachNameIsDeclaredOnceWithTheDefaultOfTheTable) {
   const GlobalConfig config(3);
   const std::pair<std::u16string_view, std::int64_t> numbers[] = {
       {u"Alt Selects Menu", 1}, {u"Check Shell Telnet Command", 1}, {u"Active Window Alpha Transparency", 255},
@@ -67,10 +67,6 @@ TEST(GlobalConfigRecord, DefaultsMatchTheTable) {
   for (const auto& [name, expected] : texts) {
     EXPECT_EQ(Text(config, name), expected) << NUnicodeString(name).ToUtf8();
   }
-}
-
-TEST(GlobalConfigRecord, EveryValueNameIsDeclaredOnce) {
-  const GlobalConfig config(3);
   std::set<NUnicodeString> names;
   for (const NProfileData* field : config.Fields()) {
     EXPECT_TRUE(names.insert(NUnicodeString(field->Name())).second) << NUnicodeString(field->Name()).ToUtf8();
@@ -78,7 +74,33 @@ TEST(GlobalConfigRecord, EveryValueNameIsDeclaredOnce) {
   EXPECT_EQ(names.size(), 271u);
 }
 
-TEST(GlobalConfigRecord, TransferProductsBindThePrwNames) {
+class GlobalConfigFolderTest : public testing::Test {
+ protected:
+  void TearDown() override {
+    FreeGlobalConfig();
+    NSetAppName(u"");
+    NInstallation::ResetForTesting();
+  }
+  static GlobalConfig* Get(int product = 3) {
+    GlobalConfig* config = nullptr;
+    GetGlobalConfig(config, product);
+    EXPECT_TRUE(config);
+    return config;
+  }
+  static std::unique_ptr<GlobalConfig> Load(int product, const NProfileKey& key) {
+    auto config = std::make_unique<GlobalConfig>(product);
+    config->Load(key, nullptr);
+    return config;
+  }
+  // The text stored under the Global key, read afresh from its file.
+  NUnicodeString Stored(std::u16string_view name) {
+    NUnicodeString value;
+    return m_folder.Key("Global")->GetStringValue(name, &value) ? value : NUnicodeString(u"(absent)");
+  }
+  NConfigTestFolder m_folder;
+};
+
+TEST_F(GlobalConfigFolderTest, TransferProductsBindAndReadThePrwNames) {
   const std::u16string_view plain[] = {u"Use Dockable Session Manager", u"Show Toolbar", u"Show Menu Bar",
                                        u"Show Status Bar", u"Show Session Manager", u"Session Manager Window State",
                                        u"Use Auto Session", u"Auto Session Name", u"Use Remembered Sessions"};
@@ -97,56 +119,31 @@ TEST(GlobalConfigRecord, TransferProductsBindThePrwNames) {
     EXPECT_FALSE(config.FindField(u"Show Toolbar PRW")) << product;
     EXPECT_TRUE(config.FindField(u"Remembered Sessions List V2")) << product;
   }
-}
-
-class GlobalConfigFolderTest : public testing::Test {
- protected:
-  void TearDown() override {
-    FreeGlobalConfig();
-    NSetAppName(u"");
-    NInstallation::ResetForTesting();
-  }
-  NConfigTestFolder m_folder;
-};
-
-TEST_F(GlobalConfigFolderTest, PrwProductsReadTheirOwnValue) {
   auto key = m_folder.Key("Global");
   key->SetDwordValue(u"Show Toolbar", 1);
   key->SetDwordValue(u"Show Toolbar PRW", 0);
   key->SetDwordValue(u"Show Menu Bar PRW", 0);
-  GlobalConfig terminal(3), vexa(9);
-  terminal.Load(*key, nullptr);
-  vexa.Load(*key, nullptr);
-  EXPECT_TRUE(terminal.m_showToolbar.Get());
-  EXPECT_FALSE(vexa.m_showToolbar.Get());
-  EXPECT_TRUE(terminal.m_showMenuBar.Get());
-  EXPECT_FALSE(vexa.m_showMenuBar.Get());
+  const auto terminal = Load(3, *key), vexa = Load(9, *key);
+  EXPECT_TRUE(terminal->m_showToolbar.Get());
+  EXPECT_FALSE(vexa->m_showToolbar.Get());
+  EXPECT_TRUE(terminal->m_showMenuBar.Get());
+  EXPECT_FALSE(vexa->m_showMenuBar.Get());
 }
 
 TEST_F(GlobalConfigFolderTest, TabStateMigratesOnlyWhenTheNewNameIsAbsent) {
-  {
-    auto key = m_folder.Key("Global");
-    key->SetStringValue(u"Skeldon Tab State", u"0,1,1");
-    key->SetStringValue(u"Parrow Tab State", u"1,0,0");
-    key->SetStringValue(u"Parrow Tab State V2", u"0,0,0;1");
-    ASSERT_TRUE(key->Flush());
-  }
   auto key = m_folder.Key("Global");
+  key->SetStringValue(u"Skeldon Tab State", u"0,1,1");
+  key->SetStringValue(u"Parrow Tab State", u"1,0,0");
+  key->SetStringValue(u"Parrow Tab State V2", u"0,0,0;1");
   GlobalConfig config(3);
   config.Load(*key, nullptr);
   EXPECT_EQ(config.m_skeldonTabState.Get(), u"0,1,1;") << "old only: converted";
   EXPECT_EQ(config.m_parrowTabState.Get(), u"0,0,0;1") << "both: the new one wins";
   NReportMessageParams params;
   ASSERT_TRUE(config.Save(*m_folder.Key(""), *key, false, params));
-  auto reread = m_folder.Key("Global");
-  NUnicodeString v2, old;
-  EXPECT_TRUE(reread->GetStringValue(u"Skeldon Tab State V2", &v2));
-  EXPECT_EQ(v2, u"0,1,1;");
-  EXPECT_TRUE(reread->GetStringValue(u"Skeldon Tab State", &old));
-  EXPECT_EQ(old, u"0,1,1") << "the predecessor is left as it was";
-}
-
-TEST_F(GlobalConfigFolderTest, TabStateConversionKeepsTheDefaultsTail) {
+  EXPECT_EQ(Stored(u"Skeldon Tab State V2"), u"0,1,1;");
+  EXPECT_EQ(Stored(u"Skeldon Tab State"), u"0,1,1") << "the predecessor is left as it was";
+  // The conversion keeps the tail of the default.
   EXPECT_EQ(GlobalConfig::ConvertTabState(u"1,0,1", u"1,1,0;0"), u"1,0,1;0");
   EXPECT_EQ(GlobalConfig::ConvertTabState(u"1,0,1", u"1,1,0;"), u"1,0,1;");
   EXPECT_EQ(GlobalConfig::ConvertTabState(u"1,0,1;5", u"1,1,0;0"), u"1,0,1;5");
@@ -155,47 +152,30 @@ TEST_F(GlobalConfigFolderTest, TabStateConversionKeepsTheDefaultsTail) {
 TEST_F(GlobalConfigFolderTest, RememberedSessionsMigrateFromEitherOldForm) {
   auto key = m_folder.Key("Global");
   key->SetStringValue(u"Remembered Sessions List", u"Lab\\a;;Lab\\b");
-  GlobalConfig config(3);
-  config.Load(*key, nullptr);
-  ASSERT_EQ(config.m_rememberedSessions.Get().size(), 2u);
-  EXPECT_EQ(config.m_rememberedSessions.Get()[1], u"Lab\\b");
-
-  NStringArray list;
-  list.Add(NUnicodeString(u"x"));
-  key->SetMultiStringValue(u"Remembered Sessions List", list);
-  GlobalConfig fromMulti(3);
-  fromMulti.Load(*key, nullptr);
-  EXPECT_EQ(fromMulti.m_rememberedSessions.Get(), list);
-
-  NStringArray newer;
-  newer.Add(NUnicodeString(u"new"));
-  key->SetMultiStringValue(u"Remembered Sessions List V2", newer);
-  GlobalConfig both(3);
-  both.Load(*key, nullptr);
-  EXPECT_EQ(both.m_rememberedSessions.Get(), newer) << "both present: the old one is ignored";
-
-  GlobalConfig transfer(6);
-  transfer.Load(*key, nullptr);
-  EXPECT_TRUE(transfer.m_rememberedSessions.Get().empty()) << "the PRW list has no predecessor";
+  const auto fromText = Load(3, *key);
+  ASSERT_EQ(fromText->m_rememberedSessions.Get().size(), 2u);
+  EXPECT_EQ(fromText->m_rememberedSessions.Get()[1], u"Lab\\b");
+  key->SetMultiStringValue(u"Remembered Sessions List", NStringArray{u"x"});
+  EXPECT_EQ(Load(3, *key)->m_rememberedSessions.Get(), NStringArray{u"x"});
+  key->SetMultiStringValue(u"Remembered Sessions List V2", NStringArray{u"new"});
+  EXPECT_EQ(Load(3, *key)->m_rememberedSessions.Get(), NStringArray{u"new"}) << "both present: the old one is ignored";
+  EXPECT_TRUE(Load(6, *key)->m_rememberedSessions.Get().empty()) << "the PRW list has no predecessor";
 }
 
 TEST_F(GlobalConfigFolderTest, RemoteEditUploadOnModifyIgnoresItsPredecessor) {
   auto key = m_folder.Key("Global");
   key->SetDwordValue(u"Remote Edit Upload On Modify", 0);
-  GlobalConfig config(6);
-  config.Load(*key, nullptr);
-  EXPECT_TRUE(config.m_remoteEditUploadOnModify.Get());
+  EXPECT_TRUE(Load(6, *key)->m_remoteEditUploadOnModify.Get());
 }
 
 TEST_F(GlobalConfigFolderTest, MissingGlobalKeyGivesTheDefaults) {
-  GlobalConfig* config = nullptr;
-  GetGlobalConfig(config, 3);
+  GlobalConfig* config = Get();
   ASSERT_TRUE(config);
   const GlobalConfig defaults(3);
   for (std::size_t i = 0; i < config->Fields().size(); ++i) {
+    if (config->Fields()[i] == &config->m_quennUpdatePromptDate) continue;  // the time of construction
     const NFieldValue a = config->Fields()[i]->Describe();
     const NFieldValue b = defaults.Fields()[i]->Describe();
-    if (config->Fields()[i] == &config->m_quennUpdatePromptDate) continue;  // the time of construction
     EXPECT_TRUE(a.boolean == b.boolean && a.number == b.number && a.text == b.text && a.strings == b.strings &&
                 a.bytes == b.bytes)
         << NUnicodeString(config->Fields()[i]->Name()).ToUtf8();
@@ -203,14 +183,12 @@ TEST_F(GlobalConfigFolderTest, MissingGlobalKeyGivesTheDefaults) {
 }
 
 TEST_F(GlobalConfigFolderTest, SaveAndReloadRoundTripWithQuickSync) {
-  GlobalConfig* config = nullptr;
-  GetGlobalConfig(config, 3);
+  GlobalConfig* config = Get();
   config->m_minTabWidth = 77;
   config->m_hexViewFont = NUnicodeString(u"Mono");
   config->m_quickSync.m_remoteFolder = NUnicodeString(u"/srv");
   SaveGlobalConfig(false);
   EXPECT_TRUE(std::filesystem::exists(m_folder.Root() / "QuickSync.ini"));
-
   GlobalConfig* reloaded = nullptr;
   ReloadGlobalConfig(reloaded);
   ASSERT_TRUE(reloaded);
@@ -218,40 +196,38 @@ TEST_F(GlobalConfigFolderTest, SaveAndReloadRoundTripWithQuickSync) {
   EXPECT_EQ(reloaded->m_minTabWidth.Get(), 77);
   EXPECT_EQ(reloaded->m_hexViewFont.Get(), u"Mono");
   EXPECT_EQ(reloaded->m_quickSync.m_remoteFolder.Get(), u"/srv");
-  NUnicodeString version;
-  EXPECT_TRUE(m_folder.Key("Global")->GetStringValue(u"Version", &version));
-  EXPECT_EQ(version, GlobalConfig::kFormatIdentifiers[0]) << "a save stamps the format";
+  EXPECT_EQ(Stored(u"Version"), GlobalConfig::kFormatIdentifiers[0]) << "a save stamps the format";
 }
 
-TEST_F(GlobalConfigFolderTest, OneRecordWhateverTheProductOfLaterCalls) {
-  GlobalConfig* first = nullptr;
-  GlobalConfig* second = nullptr;
-  GetGlobalConfig(first, 9);
-  GetGlobalConfig(second, 3);
-  EXPECT_EQ(first, second);
-  EXPECT_EQ(second->ProductId(), 9);
+TEST_F(GlobalConfigFolderTest, OneRecordMadeForTheFirstProductAskedOrTheApplications) {
+  GlobalConfig* first = Get(9);
+  EXPECT_EQ(Get(3), first);
+  EXPECT_EQ(first->ProductId(), 9);
+  FreeGlobalConfig();
+  NSetAppName(u"Parrow");
+  CfgdeckInitGUI(nullptr, nullptr);
+  GlobalConfig* made = Get(3);
+  ASSERT_TRUE(made);
+  EXPECT_EQ(made->ProductId(), 6) << "made for the application product id";
+  CfgdeckInitGUI(nullptr, nullptr);
+  EXPECT_EQ(Get(3), made) << "a second initialisation keeps the record";
 }
 
 TEST_F(GlobalConfigFolderTest, AnotherOwnersReferenceOutlivesFreeResetAndReload) {
-  GlobalConfig* config = nullptr;
-  GetGlobalConfig(config, 3);
+  GlobalConfig* config = Get();
   config->AddRef();  // another owner
   config->m_minTabWidth = 55;
   FreeGlobalConfig();
   EXPECT_EQ(config->m_minTabWidth.Get(), 55) << "still alive for its other owner";
-  GlobalConfig* fresh = nullptr;
-  GetGlobalConfig(fresh, 3);
+  GlobalConfig* fresh = Get();
   EXPECT_NE(fresh, config);
   EXPECT_EQ(config->Release(), 0u);
-
   fresh->AddRef();
   GlobalConfig* caller = fresh;
   ResetGlobalConfig(caller);
   EXPECT_EQ(caller, nullptr);
   EXPECT_EQ(fresh->Release(), 0u) << "reset dropped exactly the library's reference";
-
-  GlobalConfig* current = nullptr;
-  GetGlobalConfig(current, 3);
+  GlobalConfig* current = Get();
   current->AddRef();
   GlobalConfig* replaced = nullptr;
   ReloadGlobalConfig(replaced);
@@ -270,8 +246,7 @@ TEST_F(GlobalConfigFolderTest, FunctionsDoNothingWithoutARecord) {
 }
 
 TEST_F(GlobalConfigFolderTest, MergeKeepsThePassphraseAndTheStateFlag) {
-  GlobalConfig* config = nullptr;
-  GetGlobalConfig(config, 3);
+  GlobalConfig* config = Get();
   config->m_configPassphrase = NEncryptedString::FromStored(NUnicodeString(u"mine"));
   config->SetStateFlag(3);
   auto other = m_folder.Key("Other");
@@ -334,7 +309,6 @@ TEST_F(GlobalConfigFolderTest, CompanionsCountAsInstalledFromTheirVersionResourc
   EXPECT_EQ(NUnicodeString(GetParrowPath()).ToUtf8(), (folder / "Parrow.exe").string());
   EXPECT_TRUE(HasTransferProtocols());
   EXPECT_FALSE(HasIntegratedProtocols());
-
   NWriteFileBytes(folder / "Skeldon.exe", NPeBuilder().FileVersion(5, 0, 0, 0).Build());
   NWriteFileBytes(folder / "Quenn.exe", NPeBuilder().WithVersion(false).Build());
   NInstallation::Detect(NUnicodeString::FromUtf8(folder.string()));
@@ -348,19 +322,6 @@ TEST_F(GlobalConfigFolderTest, AliasesAreOneFunction) {
   EXPECT_EQ(reinterpret_cast<void*>(&HasSecureTerminalProtocols), reinterpret_cast<void*>(&IsSkeldonInstalled));
   EXPECT_EQ(reinterpret_cast<void*>(&HasTerminalProtocols), reinterpret_cast<void*>(&IsSkeldonOrQuennInstalled));
   EXPECT_EQ(reinterpret_cast<void*>(&CanLaunchFileTransferApp), reinterpret_cast<void*>(&IsParrowInstalled));
-}
-
-TEST_F(GlobalConfigFolderTest, InitGuiCreatesTheRecordOnceAndKeepsIt) {
-  NSetAppName(u"Parrow");
-  CfgdeckInitGUI(nullptr, nullptr);
-  GlobalConfig* first = nullptr;
-  GetGlobalConfig(first, 3);
-  ASSERT_TRUE(first);
-  EXPECT_EQ(first->ProductId(), 6) << "made for the application product id";
-  CfgdeckInitGUI(nullptr, nullptr);
-  GlobalConfig* second = nullptr;
-  GetGlobalConfig(second, 3);
-  EXPECT_EQ(first, second);
 }
 
 TEST_F(GlobalConfigFolderTest, HolletIsTheTerminalApplicationsFifthEmulation) {

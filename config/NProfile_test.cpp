@@ -19,12 +19,7 @@ class NSampleRecord final : public NProfileRecord {
   NProfileTime m_when{this, u"When"};
 };
 
-class NProfileTest : public testing::Test {
- protected:
-  NConfigTestFolder m_folder;
-};
-
-TEST_F(NProfileTest, ModifiedWhileCurrentDiffersFromLoadedAndRevertTakesLoadedBack) {
+TEST(NProfileRecordTest, ModifiedWhileCurrentDiffersFromLoadedAndRevertResetAndCopy) {
   NSampleRecord record;
   EXPECT_FALSE(record.IsModified());
   record.m_count = 9;
@@ -35,16 +30,25 @@ TEST_F(NProfileTest, ModifiedWhileCurrentDiffersFromLoadedAndRevertTakesLoadedBa
   record.Revert();
   EXPECT_EQ(record.m_text.Get(), u"default");
   EXPECT_FALSE(record.IsModified());
+  // Reset takes the default as both current and loaded.
+  record.m_count.Load(3);
+  record.m_count = 4;
+  record.Reset();
+  EXPECT_EQ(record.m_count.Get(), 7);
+  EXPECT_FALSE(record.IsModified());
+  // A copy takes the other field's current value, not its loaded one.
+  NSampleRecord other;
+  other.m_count = 42;
+  record.m_count.CopyFrom(other.m_count);
+  EXPECT_EQ(record.m_count.Get(), 42);
+  EXPECT_TRUE(record.m_count.IsModified());
+  EXPECT_EQ(record.m_count.Loaded(), 7);
 }
 
-TEST_F(NProfileTest, CopyTakesTheOtherFieldsCurrentValue) {
-  NSampleRecord a, b;
-  b.m_count = 42;
-  a.m_count.CopyFrom(b.m_count);
-  EXPECT_EQ(a.m_count.Get(), 42);
-  EXPECT_TRUE(a.m_count.IsModified());
-  EXPECT_EQ(a.m_count.Loaded(), 7);
-}
+class NProfileTest : public testing::Test {
+ protected:
+  NConfigTestFolder m_folder;
+};
 
 TEST_F(NProfileTest, MissingOrUnreadableValuesLeaveTheDefault) {
   auto key = m_folder.Key("Sample");
@@ -58,7 +62,6 @@ TEST_F(NProfileTest, MissingOrUnreadableValuesLeaveTheDefault) {
   EXPECT_EQ(record.m_rect.Get(), (NRect{1, 2, 3, 4}));
   EXPECT_EQ(record.m_when.Get().ticks, 0u);
   EXPECT_FALSE(record.IsModified());
-
   // Values already set stay as they are, still modified.
   ASSERT_TRUE(key->SetDwordValue(u"Text", 1));
   NSampleRecord changed;
@@ -73,7 +76,7 @@ TEST_F(NProfileTest, MissingOrUnreadableValuesLeaveTheDefault) {
   EXPECT_EQ(changed.m_text.Loaded(), u"default");
 }
 
-TEST_F(NProfileTest, SaveFlagSelectsWhetherUnchangedValuesAreWritten) {
+TEST_F(NProfileTest, OnlyChangedOrTouchedValuesAreWrittenUnlessAllAreAskedFor) {
   {
     auto key = m_folder.Key("Sample");
     NSampleRecord record;
@@ -88,7 +91,13 @@ TEST_F(NProfileTest, SaveFlagSelectsWhetherUnchangedValuesAreWritten) {
   EXPECT_EQ(dword, 8u);
   NUnicodeString text;
   EXPECT_FALSE(key->GetStringValue(u"Text", &text)) << "unchanged fields stay unwritten without the flag";
-
+  NSampleRecord touched;
+  touched.m_text.Touch();
+  EXPECT_TRUE(touched.IsModified());
+  ASSERT_TRUE(touched.WriteFields(*key, false));
+  EXPECT_TRUE(key->GetStringValue(u"Text", &text)) << "a touched field is written though equal to its loaded value";
+  EXPECT_FALSE(touched.IsModified());
+  ASSERT_TRUE(key->DeleteValue(u"Text"));
   NSampleRecord all;
   ASSERT_TRUE(all.WriteFields(*key, true));
   EXPECT_TRUE(key->GetStringValue(u"Text", &text));
@@ -106,10 +115,7 @@ TEST_F(NProfileTest, EveryKindRoundTripsThroughAFolder) {
     record.m_choice = NTriState::kTrue;
     record.m_text = NUnicodeString(u"h\u00e9llo");
     record.m_secret = NEncryptedString::FromStored(NUnicodeString(u"02:abcdef=="));
-    NStringArray list;
-    list.Add(NUnicodeString(u"one"));
-    list.Add(NUnicodeString(u""));
-    record.m_list = list;
+    record.m_list = NStringArray{u"one", u""};
     record.m_rect = NRect{-1, 0, 640, 480};
     record.m_when = NFileTime{133000000000000000ull};
     ASSERT_TRUE(record.WriteFields(*key, false));
@@ -124,8 +130,7 @@ TEST_F(NProfileTest, EveryKindRoundTripsThroughAFolder) {
   EXPECT_EQ(loaded.m_choice.Get(), NTriState::kTrue);
   EXPECT_EQ(loaded.m_text.Get(), u"h\u00e9llo");
   EXPECT_EQ(loaded.m_secret.Get().Stored(), u"02:abcdef==") << "carried through as stored";
-  ASSERT_EQ(loaded.m_list.Get().size(), 2u);
-  EXPECT_EQ(loaded.m_list.Get()[1], u"");
+  EXPECT_EQ(loaded.m_list.Get(), (NStringArray{u"one", u""}));
   EXPECT_EQ(loaded.m_rect.Get(), (NRect{-1, 0, 640, 480}));
   EXPECT_EQ(loaded.m_when.Get().ticks, 133000000000000000ull);
   EXPECT_FALSE(loaded.IsModified());
@@ -146,26 +151,6 @@ TEST_F(NProfileTest, EscapedStringsCarryLineBreaksThroughAKeyFile) {
   NProfileEscapedString back(&loaded, u"Command");
   ASSERT_TRUE(loaded.ReadFields(*reread));
   EXPECT_EQ(back.Get(), command.Get());
-}
-
-TEST_F(NProfileTest, ResetTakesTheDefaultAsCurrentAndLoaded) {
-  NSampleRecord record;
-  record.m_count.Load(3);
-  record.m_count = 4;
-  record.Reset();
-  EXPECT_EQ(record.m_count.Get(), 7);
-  EXPECT_FALSE(record.IsModified());
-}
-
-TEST_F(NProfileTest, TouchedFieldIsWrittenEvenWhenEqualToLoaded) {
-  auto key = m_folder.Key("Sample");
-  NSampleRecord record;
-  record.m_text.Touch();
-  EXPECT_TRUE(record.IsModified());
-  ASSERT_TRUE(record.WriteFields(*key, false));
-  NUnicodeString text;
-  EXPECT_TRUE(key->GetStringValue(u"Text", &text));
-  EXPECT_FALSE(record.IsModified());
 }
 
 }  // namespace

@@ -86,51 +86,42 @@ class NSessionTreeTest : public testing::Test {
     m_stopped = tree.Stopped();
     return seen;
   }
+  std::vector<Seen> Walk(NPlatform& platform = NPlatform::Default()) { return Walk(platform, m_params, &m_complete); }
 
   fs::path m_root;
   bool m_stopped = false;
+  NReportMessageParams m_params;
+  bool m_complete = false;
 };
 
 TEST_F(NSessionTreeTest, WalksEveryDepthInTheStoreOrderSkippingFolderData) {
   MakeTree();
-  NReportMessageParams params;
-  bool complete = false;
-  const std::vector<Seen> seen = Walk(NPlatform::Default(), params, &complete);
-  EXPECT_TRUE(complete);
+  const std::vector<Seen> seen = Walk();
+  EXPECT_TRUE(m_complete);
   EXPECT_FALSE(m_stopped);
   const std::vector<Seen> expected = {
-      {"alpha", true, true},
-      {"Lab", false, false},
-      {"Lab\\Deep", false, false},
-      {"Lab\\Deep\\L3", false, false},
-      {"Lab\\Deep\\L3\\L4", false, false},
-      {"Lab\\Deep\\L3\\L4\\L5", false, false},
-      {"Lab\\Deep\\L3\\L4\\L5\\bottom", true, true},
-      {"Lab\\r1", true, true},
-      {"Plain", false, true},
-      {"Plain\\inner", true, true},
-      {"Text", false, true},
-      {"Zed", true, true},
-  };
+      {"alpha", true, true},          {"Lab", false, false},
+      {"Lab\\Deep", false, false},    {"Lab\\Deep\\L3", false, false},
+      {"Lab\\Deep\\L3\\L4", false, false}, {"Lab\\Deep\\L3\\L4\\L5", false, false},
+      {"Lab\\Deep\\L3\\L4\\L5\\bottom", true, true}, {"Lab\\r1", true, true},
+      {"Plain", false, true},         {"Plain\\inner", true, true},
+      {"Text", false, true},          {"Zed", true, true}};
   EXPECT_EQ(seen, expected);
-  EXPECT_EQ(params.GetCode(), 0u);
+  EXPECT_EQ(m_params.GetCode(), 0u);
 }
 
 TEST_F(NSessionTreeTest, ReadsOnlyTheFilesOfEntriesItReportsAndListsEachFolderOnce) {
   MakeTree();
   NFaultPlatform counting(NPlatform::Default());
-  NReportMessageParams params;
-  bool complete = false;
-  (void)Walk(counting, params, &complete);
-  EXPECT_TRUE(complete);
+  (void)Walk(counting);
+  EXPECT_TRUE(m_complete);
   // alpha, r1, bottom, Plain, inner, Text and Zed; no folder data, nothing
   // beneath a session or a skipped folder.
   EXPECT_EQ(counting.CallCount(NFaultKind::kRead), 7);
   EXPECT_EQ(counting.CallCount(NFaultKind::kWrite), 0);
-  // Those seven files and the missing "Sessions.ini"; a folder alone is
-  // not opened as a key.
+  // Those seven and the missing "Sessions.ini": a folder alone is no key.
   EXPECT_EQ(counting.CallCount(NFaultKind::kOpen), 8);
-  // Sessions, Lab, Deep, L3, L4, L5 and Plain, and the configuration folder
+  // Sessions, Lab, Deep, L3, L4, L5, Plain, and the configuration folder
   // once, where "Sessions.ini" is looked for by case.
   EXPECT_EQ(counting.CallCount(NFaultKind::kListFolder), 8);
 }
@@ -145,7 +136,6 @@ TEST_F(NSessionTreeTest, TheVisitorStopsTheWalkAndANewWalkStartsAfresh) {
   ASSERT_EQ(seen.size(), 3u);
   EXPECT_EQ(seen.back().path, "Lab\\Deep");
   EXPECT_EQ(params.GetCode(), 0u);
-
   seen = Walk(NPlatform::Default(), params, &complete);
   EXPECT_TRUE(complete);
   EXPECT_FALSE(m_stopped);
@@ -153,27 +143,24 @@ TEST_F(NSessionTreeTest, TheVisitorStopsTheWalkAndANewWalkStartsAfresh) {
 }
 
 TEST_F(NSessionTreeTest, NoSessionsKeyOrAnEmptyOneIsAnEmptyTree) {
-  NReportMessageParams params;
-  bool complete = false;
-  EXPECT_TRUE(Walk(NPlatform::Default(), params, &complete).empty());
-  EXPECT_TRUE(complete);
+  EXPECT_TRUE(Walk().empty());
+  EXPECT_TRUE(m_complete);
   fs::create_directories(m_root / "Sessions");
   Values("Sessions/__FolderData__", "D:\"Is Expanded\"=00000001\r\n");
-  complete = false;
-  EXPECT_TRUE(Walk(NPlatform::Default(), params, &complete).empty());
-  EXPECT_TRUE(complete);
+  m_complete = false;
+  EXPECT_TRUE(Walk().empty());
+  EXPECT_TRUE(m_complete);
 }
 
 TEST_F(NSessionTreeTest, AKeyThatCannotBeReadEndsTheWalkWithTheReason) {
   MakeTree();
   NFaultPlatform faults(NPlatform::Default());
   faults.FailNth(NFaultKind::kRead, 3, NStatus::kAccessDenied);
-  NReportMessageParams params;
-  bool complete = true;
-  const std::vector<Seen> seen = Walk(faults, params, &complete);
-  EXPECT_FALSE(complete);
+  m_complete = true;
+  const std::vector<Seen> seen = Walk(faults);
+  EXPECT_FALSE(m_complete);
   EXPECT_FALSE(m_stopped);
-  EXPECT_EQ(params.GetCode(), kMsgPlatformOperationFailed);
+  EXPECT_EQ(m_params.GetCode(), kMsgPlatformOperationFailed);
   ASSERT_FALSE(seen.empty());
   // The third file read is r1's: it is not reported, and nothing after it.
   EXPECT_EQ(seen.back().path, "Lab\\Deep\\L3\\L4\\L5\\bottom");
@@ -181,10 +168,9 @@ TEST_F(NSessionTreeTest, AKeyThatCannotBeReadEndsTheWalkWithTheReason) {
 
 TEST_F(NSessionTreeTest, AFolderThatCannotBeListedEndsTheWalkRatherThanLookingEmpty) {
   MakeTree();
-  NReportMessageParams params;
+  const std::vector<Seen> all = Walk();
+  ASSERT_TRUE(m_complete);
   bool complete = false;
-  const std::vector<Seen> all = Walk(NPlatform::Default(), params, &complete);
-  ASSERT_TRUE(complete);
   int n = 1;
   for (; n < 100; ++n) {
     SCOPED_TRACE("failing listing " + std::to_string(n));

@@ -10,10 +10,6 @@
 
 namespace {
 
-NUnknownPointer<ISessionConfig> Adopt(ISessionConfig* session) {
-  return NUnknownPointer<ISessionConfig>::Adopt(session);
-}
-
 class NSessionTest : public testing::Test {
  protected:
   // Writes a session key holding `values` (DWORDs), and "Is Session".
@@ -30,7 +26,12 @@ class NSessionTest : public testing::Test {
     return value;
   }
 
+  NUnknownPointer<ISessionConfig> Open(std::u16string_view path, bool readOnly = false) {
+    return NUnknownPointer<ISessionConfig>::Adopt(NOpenSession(path, readOnly, m_params));
+  }
+
   NConfigTestFolder m_folder;
+  NReportMessageParams m_params;
 };
 
 TEST_F(NSessionTest, NewSessionsStartFromDefaultButKeepTheirOwnConnection) {
@@ -41,81 +42,65 @@ TEST_F(NSessionTest, NewSessionsStartFromDefaultButKeepTheirOwnConnection) {
     key->SetStringValue(u"Emulation", u"VT220");
     ASSERT_TRUE(key->Flush());
   }
-  NReportMessageParams params;
-  auto session = Adopt(NCreateSession(u"Lab\\new", params));
-  ASSERT_TRUE(session) << params.GetText().ToUtf8();
+  auto session = NUnknownPointer<ISessionConfig>::Adopt(NCreateSession(u"Lab\\new", m_params));
+  ASSERT_TRUE(session) << m_params.GetText().ToUtf8();
   EXPECT_EQ(session->Config().m_terminal.m_rows.Get(), 40);
   EXPECT_EQ(session->Config().m_terminal.m_emulation.Get(), u"VT220");
   EXPECT_EQ(session->Config().m_connect.m_hostname.Get(), u"");
-  ASSERT_TRUE(session->Save(params)) << params.GetText().ToUtf8();
+  ASSERT_TRUE(session->Save(m_params)) << m_params.GetText().ToUtf8();
   EXPECT_EQ(Dword("Lab\\new", u"Is Session"), 1u);
   EXPECT_EQ(Dword("Lab\\new", u"Cols"), 80u) << "a new session is written whole";
-
   NReportMessageParams taken;
   EXPECT_EQ(NCreateSession(u"Lab\\new", taken), nullptr);
   EXPECT_NE(taken.GetCode(), 0u);
 }
 
-TEST_F(NSessionTest, OnlyKeysWithIsSessionOpen) {
+TEST_F(NSessionTest, OnlyKeysWithIsSessionOpenAndLockedOnesAreReadOnly) {
   MakeSession("Lab\\a", {});
-  NReportMessageParams params;
-  EXPECT_EQ(NOpenSession(u"Lab", false, params), nullptr) << "a folder is no session";
-  EXPECT_EQ(NOpenSession(u"Lab\\missing", false, params), nullptr);
-  auto a = Adopt(NOpenSession(u"Lab\\a", false, params));
+  MakeSession("a", {});
+  EXPECT_FALSE(Open(u"Lab")) << "a folder is no session";
+  EXPECT_FALSE(Open(u"Lab\\missing"));
+  auto a = Open(u"Lab\\a");
   ASSERT_TRUE(a);
   EXPECT_EQ(a->Name(), u"a");
   EXPECT_FALSE(a->IsReadOnly());
-}
-
-TEST_F(NSessionTest, CopyRenameAndDelete) {
-  MakeSession("Lab\\a", {{u"Rows", 33}});
-  NReportMessageParams params;
-  auto a = Adopt(NOpenSession(u"Lab\\a", false, params));
-  ASSERT_TRUE(a);
-  auto copy = Adopt(a->Copy(u"Other\\b", params));
-  ASSERT_TRUE(copy) << params.GetText().ToUtf8();
-  EXPECT_EQ(Dword("Other\\b", u"Rows"), 33u);
-  EXPECT_EQ(a->Copy(u"Other\\b", params), nullptr) << "a copy never overwrites";
-
-  ASSERT_TRUE(a->Rename(u"c", params)) << params.GetText().ToUtf8();
-  EXPECT_EQ(a->Path(), u"Lab\\c");
-  EXPECT_EQ(Dword("Lab\\c", u"Rows"), 33u);
-  EXPECT_FALSE(std::filesystem::exists(m_folder.Root() / "Sessions" / "Lab" / "a.ini"));
-
-  ASSERT_TRUE(a->Rename(u"C", params)) << params.GetText().ToUtf8();
-  EXPECT_EQ(a->Path(), u"Lab\\C");
-  EXPECT_EQ(Dword("Lab\\C", u"Rows"), 33u);
-  std::size_t files = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(m_folder.Root() / "Sessions" / "Lab")) {
-    (void)entry;
-    ++files;
-  }
-  EXPECT_EQ(files, 1u) << "a change of case leaves one file";
-
-  ASSERT_TRUE(copy->Delete(params));
-  EXPECT_FALSE(std::filesystem::exists(m_folder.Root() / "Sessions" / "Other" / "b.ini"));
-}
-
-TEST_F(NSessionTest, LockedSessionsAreReadOnly) {
-  MakeSession("a", {});
   NSetSessionLocked(u"a", true);
-  NReportMessageParams params;
-  auto a = Adopt(NOpenSession(u"a", false, params));
-  ASSERT_TRUE(a);
-  EXPECT_TRUE(a->IsReadOnly());
-  a->Config().m_terminal.m_rows = 50;
-  EXPECT_FALSE(a->Save(params));
+  auto locked = Open(u"a");
+  ASSERT_TRUE(locked);
+  EXPECT_TRUE(locked->IsReadOnly());
+  locked->Config().m_terminal.m_rows = 50;
+  EXPECT_FALSE(locked->Save(m_params));
   NSetSessionLocked(u"a", false);
-  auto readOnly = Adopt(NOpenSession(u"a", true, params));
+  auto readOnly = Open(u"a", true);
   EXPECT_TRUE(readOnly->IsReadOnly());
   readOnly->SetLockedByHost(false);
   EXPECT_TRUE(readOnly->IsReadOnly()) << "opened read-only stays read-only";
 }
 
+TEST_F(NSessionTest, CopyRenameAndDelete) {
+  MakeSession("Lab\\a", {{u"Rows", 33}});
+  auto a = Open(u"Lab\\a");
+  ASSERT_TRUE(a);
+  auto copy = NUnknownPointer<ISessionConfig>::Adopt(a->Copy(u"Other\\b", m_params));
+  ASSERT_TRUE(copy) << m_params.GetText().ToUtf8();
+  EXPECT_EQ(Dword("Other\\b", u"Rows"), 33u);
+  EXPECT_EQ(a->Copy(u"Other\\b", m_params), nullptr) << "a copy never overwrites";
+  ASSERT_TRUE(a->Rename(u"c", m_params)) << m_params.GetText().ToUtf8();
+  EXPECT_EQ(a->Path(), u"Lab\\c");
+  EXPECT_EQ(Dword("Lab\\c", u"Rows"), 33u);
+  EXPECT_FALSE(std::filesystem::exists(m_folder.Root() / "Sessions" / "Lab" / "a.ini"));
+  ASSERT_TRUE(a->Rename(u"C", m_params)) << m_params.GetText().ToUtf8();
+  EXPECT_EQ(a->Path(), u"Lab\\C");
+  EXPECT_EQ(Dword("Lab\\C", u"Rows"), 33u);
+  const std::filesystem::directory_iterator lab(m_folder.Root() / "Sessions" / "Lab");
+  EXPECT_EQ(std::distance(lab, {}), 1) << "a change of case leaves one file";
+  ASSERT_TRUE(copy->Delete(m_params));
+  EXPECT_FALSE(std::filesystem::exists(m_folder.Root() / "Sessions" / "Other" / "b.ini"));
+}
+
 TEST_F(NSessionTest, PreEditTracksChangesOfTheEdit) {
   MakeSession("a", {});
-  NReportMessageParams params;
-  auto a = Adopt(NOpenSession(u"a", false, params));
+  auto a = Open(u"a");
   a->PreEdit();
   EXPECT_FALSE(a->IsModified());
   a->Config().m_terminal.m_cols = 132;
@@ -130,12 +115,11 @@ TEST_F(NSessionTest, DefaultChangesReachEverySessionButTheReadOnlyOnes) {
   MakeSession("Lab\\two", {{u"Rows", 31}});
   MakeSession("Lab\\Deep\\three", {{u"Rows", 32}});
   NSetSessionLocked(u"Lab\\two", true);
-  NReportMessageParams params;
-  auto defaults = Adopt(NOpenSession(u"Default", false, params));
+  auto defaults = Open(u"Default");
   defaults->PreEdit();
   defaults->Config().m_terminal.m_rows = 50;
   std::uint32_t sessions = 0, updated = 0;
-  ASSERT_TRUE(defaults->ApplyDefaultChanges(&sessions, &updated, params)) << params.GetText().ToUtf8();
+  ASSERT_TRUE(defaults->ApplyDefaultChanges(&sessions, &updated, m_params)) << m_params.GetText().ToUtf8();
   NSetSessionLocked(u"Lab\\two", false);
   EXPECT_EQ(sessions, 3u);
   EXPECT_EQ(updated, 2u);
@@ -147,13 +131,12 @@ TEST_F(NSessionTest, DefaultChangesReachEverySessionButTheReadOnlyOnes) {
 
 TEST_F(NSessionTest, NameRulesInTheirOrder) {
   MakeSession("Lab\\abc", {});
-  struct NCase {
+  const struct {
     std::u16string_view location, oldName, newName;
     bool isNew;
     std::uint32_t code;  // 0: accepted
     const char* text;    // the message, when refused
-  };
-  const NCase cases[] = {
+  } cases[] = {
       {u"Lab", u"", u"", true, kMsgNameEmpty, "The name must be specified."},
       {u"Lab", u"", u"a*b/c", true, kMsgNameIllegalCharacter, "The name contains an illegal character: ' / '"},
       {u"Lab", u"", u"a|b:c", true, kMsgNameIllegalCharacter, "The name contains an illegal character: ' : '"},
@@ -168,11 +151,11 @@ TEST_F(NSessionTest, NameRulesInTheirOrder) {
       {u"Lab\\x", u"x", u"abc", false, kMsgNameInUse, "'abc' is already in use."},
       {u"x", u"x", u"abc", false, 0, ""},  // a session at the top: the top has no "abc"
   };
-  for (const NCase& c : cases) {
+  for (const auto& c : cases) {
+    SCOPED_TRACE(NUnicodeString(c.location).ToUtf8() + ": " + NUnicodeString(c.newName).ToUtf8());
     NReportMessageParams params;
-    const bool accepted = NCheckSessionName(c.location, c.oldName, c.newName, c.isNew, params);
-    EXPECT_EQ(accepted, c.code == 0) << NUnicodeString(c.newName).ToUtf8();
-    EXPECT_EQ(params.GetCode(), c.code) << NUnicodeString(c.newName).ToUtf8();
+    EXPECT_EQ(NCheckSessionName(c.location, c.oldName, c.newName, c.isNew, params), c.code == 0);
+    EXPECT_EQ(params.GetCode(), c.code);
     if (c.code) {
       EXPECT_NE(params.GetText().ToUtf8().find(c.text), std::string::npos) << params.GetText().ToUtf8();
     }

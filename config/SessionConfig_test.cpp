@@ -2,20 +2,41 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
+#include <variant>
+
 #include "config/NConfigTestFolder.h"
 
 namespace {
 
+using NStoredValue = std::variant<std::int64_t, std::u16string_view, NStringArray>;
+
 class SessionConfigTest : public testing::Test {
  protected:
-  // The key of session `name` under "Sessions", read afresh.
+  // The key of session `name`, read afresh.
   std::unique_ptr<NProfileKey> Session(const std::string& name = "s") { return m_folder.Key("Sessions\\" + name); }
+
+  // Writes each value to `session` as its kind (DWORD, string, list).
+  void Store(const std::string& session, std::initializer_list<std::pair<std::u16string_view, NStoredValue>> values) {
+    auto key = Session(session);
+    for (const auto& [name, value] : values) {
+      if (value.index() == 0) key->SetDwordValue(name, static_cast<std::uint32_t>(std::get<0>(value)));
+      if (value.index() == 1) key->SetStringValue(name, std::get<1>(value));
+      if (value.index() == 2) key->SetMultiStringValue(name, std::get<2>(value));
+    }
+    ASSERT_TRUE(key->Flush());
+  }
+
+  // A string value of session "s" as its file holds it, or "(absent)".
+  NUnicodeString Stored(std::u16string_view name) {
+    NUnicodeString text;
+    return Session()->GetStringValue(name, &text) ? text : NUnicodeString(u"(absent)");
+  }
 
   std::unique_ptr<SessionConfig> Loaded(const std::string& name = "s") {
     auto config = std::make_unique<SessionConfig>();
-    auto key = Session(name);
     NReportMessageParams params;
-    EXPECT_TRUE(config->Load(*key, params)) << params.GetText().ToUtf8();
+    EXPECT_TRUE(config->Load(*Session(name), params)) << params.GetText().ToUtf8();
     return config;
   }
 
@@ -48,12 +69,10 @@ TEST_F(SessionConfigTest, TerminalValueNamesInDeclarationOrder) {
       u"Ignore Shift Out Sequence"};
   const TerminalConfig terminal;
   ASSERT_EQ(terminal.Fields().size(), std::size(expected));
-  for (std::size_t i = 0; i < std::size(expected); ++i) {
-    EXPECT_EQ(terminal.Fields()[i]->Name(), expected[i]) << i;
-  }
+  for (std::size_t i = 0; i < std::size(expected); ++i) EXPECT_EQ(terminal.Fields()[i]->Name(), expected[i]) << i;
 }
 
-TEST_F(SessionConfigTest, BooleansDefaultToFalseUnlessListed) {
+TEST_F(SessionConfigTest, Defaults) {
   const std::set<std::u16string_view> trueByDefault = {
       u"Jump Scroll", u"Line Wrap", u"Enable Cursor Key Mode Switching", u"Enable Keypad Mode Switching",
       u"Enable Line Wrap Mode Switching", u"Enable Alternate Screen Switching", u"SGR Zero Resets ANSI Color",
@@ -69,91 +88,49 @@ TEST_F(SessionConfigTest, BooleansDefaultToFalseUnlessListed) {
   EXPECT_EQ(terminal.m_keymapFilename.Get(), u"");
   EXPECT_EQ(terminal.m_fontFamily.Get(), u"Lucida Console");
   EXPECT_EQ(terminal.m_outputTransformerName.Get(), u"UTF-8");
-}
-
-TEST_F(SessionConfigTest, StatedSessionDefaults) {
   const SessionConfig config;
   EXPECT_EQ(config.m_monitorListenAddress.Get(), u"0.0.0.0:22");
   EXPECT_EQ(config.m_zmodemReceiveCommand.Get(), u"rz\r");
-  ASSERT_EQ(config.m_scpShellPrompts.Get().size(), 1u);
-  EXPECT_EQ(config.m_scpShellPrompts.Get()[0], u"\"? \",0,\"\\n\"");
+  EXPECT_EQ(config.m_scpShellPrompts.Get(), NStringArray{u"\"? \",0,\"\\n\""});
   EXPECT_TRUE(config.m_isSession.Get());
 }
 
-TEST_F(SessionConfigTest, ColumnSwitchingDefaultFollowsTheStoredEmulation) {
-  Session("ansi")->SetStringValue(u"Emulation", u"ANSI");
-  auto vt = Session("vt");
-  vt->SetStringValue(u"Emulation", u"VT220");
-  ASSERT_TRUE(vt->Flush());
-  auto ansi = Session("ansi");
-  ansi->SetStringValue(u"Emulation", u"ANSI");
-  ASSERT_TRUE(ansi->Flush());
+TEST_F(SessionConfigTest, EmulationNamesAndTheColumnSwitchingDefaultThatFollowsThem) {
+  Store("ansi", {{u"Emulation", u"ANSI"}});
+  Store("vt", {{u"Emulation", u"VT220"}});
+  Store("stored", {{u"Emulation", u"ANSI"}, {u"Enable 80-132 Column Switching", 1}});
+  Store("s", {{u"Emulation", u"SCO-ANSI"}});
   EXPECT_FALSE(Loaded("ansi")->m_terminal.m_enableColumnSwitching.Get());
   EXPECT_TRUE(Loaded("vt")->m_terminal.m_enableColumnSwitching.Get());
-  auto stored = Session("stored");
-  stored->SetStringValue(u"Emulation", u"ANSI");
-  stored->SetDwordValue(u"Enable 80-132 Column Switching", 1);
-  ASSERT_TRUE(stored->Flush());
   EXPECT_TRUE(Loaded("stored")->m_terminal.m_enableColumnSwitching.Get()) << "a stored value wins";
-}
-
-TEST_F(SessionConfigTest, ScoAnsiIsTheSameEmulation) {
-  auto key = Session();
-  key->SetStringValue(u"Emulation", u"SCO-ANSI");
-  ASSERT_TRUE(key->Flush());
-  EXPECT_EQ(Loaded()->m_terminal.m_emulation.Get(), u"SCOANSI");
+  EXPECT_EQ(Loaded()->m_terminal.m_emulation.Get(), u"SCOANSI") << "the same emulation as SCOANSI";
   EXPECT_EQ(TerminalConfig::CanonicalEmulation(u"sco-ansi"), u"SCOANSI");
   EXPECT_EQ(TerminalConfig::CanonicalEmulation(u"VT100"), u"VT100");
 }
 
 TEST_F(SessionConfigTest, OldLoginScriptIsConvertedOnceAndWrittenAtOnce) {
-  {
-    auto key = Session();
-    key->SetStringValue(u"Login Script", u"login:\tme\tPassword:\tsecret\"x");
-    ASSERT_TRUE(key->Flush());
-  }
-  const auto first = Loaded();
-  const ProfileExpectSendList script = first->LoginScript();
+  Store("s", {{u"Login Script", u"login:\tme\tPassword:\tsecret\"x"}});
+  const ProfileExpectSendList script = Loaded()->LoginScript();
   ASSERT_EQ(script.Pairs().size(), 2u);
   EXPECT_EQ(script.Pairs()[0].expect, u"login:");
   EXPECT_EQ(script.Pairs()[1].send, u"secret\"x");
-
-  auto key = Session();  // what the first load left on disk
+  // What the first load left on disk.
   NStringArray v3;
-  ASSERT_TRUE(key->GetMultiStringValue(u"Login Script V3", &v3));
+  ASSERT_TRUE(Session()->GetMultiStringValue(u"Login Script V3", &v3));
   EXPECT_EQ(v3[1], u"\"Password:\",\"secret\"\"x\",0");
-  NUnicodeString old;
-  ASSERT_TRUE(key->GetStringValue(u"Login Script", &old));
-  EXPECT_EQ(old, u"") << "blanked, so the conversion never runs twice";
-
-  key->SetMultiStringValue(u"Login Script V3", NStringArray());
-  ASSERT_TRUE(key->Flush());
+  EXPECT_EQ(Stored(u"Login Script"), u"") << "blanked, so the conversion never runs twice";
+  Store("s", {{u"Login Script V3", NStringArray()}});
   EXPECT_TRUE(Loaded()->LoginScript().IsEmpty()) << "the second load reads V3 alone";
 }
 
 TEST_F(SessionConfigTest, NewerLoginScriptFormWinsAndV3IsLeftAlone) {
-  {
-    auto key = Session();
-    key->SetStringValue(u"Login Script", u"a\tb");
-    NStringArray v2;
-    v2.Add(NUnicodeString(u"ok>\tgo"));
-    key->SetMultiStringValue(u"Login Script V2", v2);
-    ASSERT_TRUE(key->Flush());
-  }
+  Store("s", {{u"Login Script", u"a\tb"}, {u"Login Script V2", NStringArray{u"ok>\tgo"}}});
   ProfileExpectSendList script = Loaded()->LoginScript();
   ASSERT_EQ(script.Pairs().size(), 1u);
   EXPECT_EQ(script.Pairs()[0].expect, u"ok>");
   EXPECT_EQ(script.Pairs()[0].send, u"go");
-  NUnicodeString blank;
-  EXPECT_TRUE(Session()->GetStringValue(u"Login Script V2", &blank));
-  EXPECT_EQ(blank, u"");
-
-  auto both = Session("both");
-  NStringArray v3;
-  v3.Add(NUnicodeString(u"\"x\",\"y\",1"));
-  both->SetMultiStringValue(u"Login Script V3", v3);
-  both->SetStringValue(u"Login Script", u"old\tone");
-  ASSERT_TRUE(both->Flush());
+  EXPECT_EQ(Stored(u"Login Script V2"), u"");
+  Store("both", {{u"Login Script V3", NStringArray{u"\"x\",\"y\",1"}}, {u"Login Script", u"old\tone"}});
   script = Loaded("both")->LoginScript();
   ASSERT_EQ(script.Pairs().size(), 1u);
   EXPECT_TRUE(script.Pairs()[0].hide);
@@ -163,53 +140,36 @@ TEST_F(SessionConfigTest, NewerLoginScriptFormWinsAndV3IsLeftAlone) {
 }
 
 TEST_F(SessionConfigTest, OlderNamesCarryForwardOnlyWhenTheNewestIsAbsent) {
-  {
-    auto key = Session();
-    key->SetStringValue(u"Monitor Password", u"old-secret");
-    key->SetStringValue(u"PGP Upload Command", u"pgp -e");
-    key->SetStringValue(u"PGP Download Command", u"pgp -d");
-    key->SetStringValue(u"PGP Download Command V2", u"gpg -d");
-    key->SetDwordValue(u"Enable 80/132 Column Switching", 0);
-    NStringArray keymap;
-    keymap.Add(NUnicodeString(u"F1=help"));
-    key->SetMultiStringValue(u"Keymap v2", keymap);
-    key->SetStringValue(u"Keymap", u"ignored;too");
-    ASSERT_TRUE(key->Flush());
-  }
-  auto loaded = Loaded();
-  SessionConfig& config = *loaded;
-  EXPECT_EQ(config.m_monitorPassword.Get().Stored(), u"old-secret");
-  EXPECT_EQ(config.m_pgpUploadCommand.Get(), u"pgp -e");
-  EXPECT_EQ(config.m_pgpDownloadCommand.Get(), u"gpg -d") << "the newest name wins";
-  EXPECT_FALSE(config.m_terminal.m_enableColumnSwitching.Get());
-  ASSERT_EQ(config.m_terminal.m_keymap.Get().size(), 1u);
-  EXPECT_EQ(config.m_terminal.m_keymap.Get()[0], u"F1=help");
-
-  auto key = Session();
+  Store("s", {{u"Monitor Password", u"old-secret"},
+              {u"PGP Upload Command", u"pgp -e"},
+              {u"PGP Download Command", u"pgp -d"},
+              {u"PGP Download Command V2", u"gpg -d"},
+              {u"Enable 80/132 Column Switching", 0},
+              {u"Keymap v2", NStringArray{u"F1=help"}},
+              {u"Keymap", u"ignored;too"}});
+  auto config = Loaded();
+  EXPECT_EQ(config->m_monitorPassword.Get().Stored(), u"old-secret");
+  EXPECT_EQ(config->m_pgpUploadCommand.Get(), u"pgp -e");
+  EXPECT_EQ(config->m_pgpDownloadCommand.Get(), u"gpg -d") << "the newest name wins";
+  EXPECT_FALSE(config->m_terminal.m_enableColumnSwitching.Get());
+  EXPECT_EQ(config->m_terminal.m_keymap.Get(), NStringArray{u"F1=help"});
   NReportMessageParams params;
-  ASSERT_TRUE(config.Save(*key, false, params)) << params.GetText().ToUtf8();
-  auto saved = Session();
-  NUnicodeString password;
-  EXPECT_TRUE(saved->GetStringValue(u"Monitor Password V2", &password)) << "converted values reach their new name";
-  EXPECT_EQ(password, u"old-secret");
+  ASSERT_TRUE(config->Save(*Session(), false, params)) << params.GetText().ToUtf8();
+  EXPECT_EQ(Stored(u"Monitor Password V2"), u"old-secret") << "converted values reach their new name";
   std::uint32_t switching = 1;
-  EXPECT_TRUE(saved->GetDwordValue(u"Enable 80-132 Column Switching", &switching));
+  EXPECT_TRUE(Session()->GetDwordValue(u"Enable 80-132 Column Switching", &switching));
   EXPECT_EQ(switching, 0u);
 }
 
 TEST_F(SessionConfigTest, ANewestNameHeldAsAnotherKindStillBlocksTheOlderOnes) {
-  {
-    auto key = Session();
-    key->SetStringValue(u"Keymap v3", u"not a list");
-    key->SetStringValue(u"Keymap", u"F1=help");
-    key->SetStringValue(u"Enable 80-132 Column Switching", u"yes");
-    key->SetDwordValue(u"Enable 80/132 Column Switching", 0);
-    key->SetStringValue(u"Login Script V3", u"not a list");
-    key->SetStringValue(u"Login Script", u"login:\tme");
-    key->SetDwordValue(u"Monitor Password V2", 7);
-    key->SetStringValue(u"Monitor Password", u"old-secret");
-    ASSERT_TRUE(key->Flush());
-  }
+  Store("s", {{u"Keymap v3", u"not a list"},
+              {u"Keymap", u"F1=help"},
+              {u"Enable 80-132 Column Switching", u"yes"},
+              {u"Enable 80/132 Column Switching", 0},
+              {u"Login Script V3", u"not a list"},
+              {u"Login Script", u"login:\tme"},
+              {u"Monitor Password V2", 7},
+              {u"Monitor Password", u"old-secret"}});
   auto loaded = Loaded();
   EXPECT_TRUE(loaded->m_terminal.m_keymap.Get().empty());
   EXPECT_FALSE(loaded->m_terminal.m_keymap.IsModified());
@@ -217,17 +177,14 @@ TEST_F(SessionConfigTest, ANewestNameHeldAsAnotherKindStillBlocksTheOlderOnes) {
   EXPECT_TRUE(loaded->LoginScript().IsEmpty());
   EXPECT_EQ(loaded->m_monitorPassword.Get().Stored(), u"");
   EXPECT_FALSE(loaded->IsModified());
-  NUnicodeString old;
-  ASSERT_TRUE(Session()->GetStringValue(u"Login Script", &old));
-  EXPECT_EQ(old, u"login:\tme") << "no conversion was written";
+  EXPECT_EQ(Stored(u"Login Script"), u"login:\tme") << "no conversion was written";
 }
 
 TEST_F(SessionConfigTest, ASaveRefusingAValueWritesNothing) {
   SessionConfig config;
   config.m_titleBar = NUnicodeString(u"two\nlines");
-  auto key = Session();
   NReportMessageParams params;
-  EXPECT_FALSE(config.Save(*key, true, params));
+  EXPECT_FALSE(config.Save(*Session(), true, params));
   EXPECT_NE(params.GetText().ToUtf8().find("Title Bar"), std::string::npos) << params.GetText().ToUtf8();
   EXPECT_FALSE(std::filesystem::exists(m_folder.Root() / "Sessions" / "s.ini"));
 }
@@ -240,9 +197,7 @@ TEST(ProfileExpectSendListTest, StringsRoundTripAndBadLinesAreRefused) {
   ASSERT_TRUE(ProfileExpectSendList::FromStrings(list.ToStrings(), &back));
   EXPECT_EQ(back, list);
   for (const char16_t* bad : {u"\"a\",\"b\"", u"\"a\",\"b\",2", u"a,b,0", u"\"a,\"b\",0", u"\"a\";\"b\",0"}) {
-    NStringArray lines;
-    lines.Add(NUnicodeString(bad));
-    EXPECT_FALSE(ProfileExpectSendList::FromStrings(lines, &back)) << NUnicodeString(bad).ToUtf8();
+    EXPECT_FALSE(ProfileExpectSendList::FromStrings(NStringArray{bad}, &back)) << NUnicodeString(bad).ToUtf8();
   }
   EXPECT_TRUE(ProfileExpectSendList::FromVersion1(u"").IsEmpty());
   EXPECT_EQ(ProfileExpectSendList::FromVersion1(u"only").Pairs().size(), 1u);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <utility>
 #include <vector>
 
 #include "dialogs/NPackedKey.h"
@@ -34,6 +35,8 @@ class FakeDialog final : public IModalDialog {
   std::vector<int> results;
 };
 
+using Key = std::pair<std::uint32_t, std::uint32_t>;  // scan code, modifiers
+
 NWindowMessage Message(std::uint32_t id, unsigned virtualKey, std::uint32_t keyData) {
   // LPARAM is pointer-wide and signed: key data with the transition bit set
   // reaches a 32-bit program as a negative number.
@@ -42,6 +45,7 @@ NWindowMessage Message(std::uint32_t id, unsigned virtualKey, std::uint32_t keyD
 
 class CaptureKeyDialogTest : public testing::Test {
  protected:
+  Key Captured() const { return {capture.GetScanCode(), capture.GetModifiers()}; }
   FakeKeyboard keyboard;
   FakeDialog dialog;
   CaptureKeyDialog capture{keyboard, dialog};
@@ -51,43 +55,28 @@ TEST_F(CaptureKeyDialogTest, ModifierKeysAloneAreIgnored) {
   for (const unsigned key : {kShift, kCtrl, kAlt}) {
     keyboard.Press(key);
     EXPECT_FALSE(capture.KeyDown(key, 1, 0x2A)) << key;
-    EXPECT_TRUE(dialog.results.empty()) << key;
-    EXPECT_EQ(capture.GetScanCode(), 0u);
-    EXPECT_EQ(capture.GetModifiers(), 0u);
+    EXPECT_EQ(Captured(), Key(0, 0)) << key;
   }
+  EXPECT_TRUE(dialog.results.empty());
 }
 
-TEST_F(CaptureKeyDialogTest, ShiftF1ClosesTheDialogWithShift) {
-  keyboard.Press(kShift);
-  EXPECT_FALSE(capture.KeyDown(kShift, 1, 0x2A));
-  EXPECT_TRUE(capture.KeyDown(kF1, 1, 0x3B));
-  EXPECT_EQ(capture.GetScanCode(), 0x3Bu);
-  EXPECT_EQ(capture.GetModifiers(), kKeyShift);
-  EXPECT_EQ(dialog.results, std::vector<int>{IModalDialog::kOk});
-}
-
-TEST_F(CaptureKeyDialogTest, EveryCombinationOfModifierKeysAndTheExtendedFlag) {
+TEST_F(CaptureKeyDialogTest, EveryCombinationOfModifierKeysAndTheExtendedFlagClosesTheDialogWithOk) {
+  const std::pair<unsigned, std::uint32_t> modifiers[] = {{kShift, kKeyShift}, {kCtrl, kKeyCtrl}, {kAlt, kKeyAlt}};
   for (unsigned combination = 0; combination < 16; ++combination) {
+    SCOPED_TRACE(combination);
     FakeKeyboard keys;
     FakeDialog closed;
     CaptureKeyDialog dialogUnderTest(keys, closed);
-    std::uint32_t expected = 0;
-    const struct {
-      unsigned key;
-      std::uint32_t bit;
-    } modifiers[] = {{kShift, kKeyShift}, {kCtrl, kKeyCtrl}, {kAlt, kKeyAlt}};
+    std::uint32_t expected = (combination & 8) ? kKeyExtended : 0;
     for (unsigned i = 0; i < 3; ++i) {
       if (combination & (1u << i)) {
-        keys.Press(modifiers[i].key);
-        expected |= modifiers[i].bit;
+        keys.Press(modifiers[i].first);
+        expected |= modifiers[i].second;
       }
     }
-    const bool extended = (combination & 8) != 0;
-    if (extended) expected |= kKeyExtended;
-    EXPECT_TRUE(dialogUnderTest.KeyDown(kDelete, 1, 0x53 | (extended ? 0x100 : 0)));
-    EXPECT_EQ(dialogUnderTest.GetModifiers(), expected) << combination;
-    EXPECT_EQ(dialogUnderTest.GetScanCode(), 0x53u) << combination;
-    EXPECT_EQ(closed.results.size(), 1u) << combination;
+    EXPECT_TRUE(dialogUnderTest.KeyDown(kDelete, 1, 0x53 | ((combination & 8) ? 0x100 : 0)));
+    EXPECT_EQ(Key(dialogUnderTest.GetScanCode(), dialogUnderTest.GetModifiers()), Key(0x53, expected));
+    EXPECT_EQ(closed.results, std::vector<int>{IModalDialog::kOk});
     // Nothing but the five modifier bits is ever set.
     EXPECT_EQ(GetUnmodifiedKey(dialogUnderTest.GetModifiers()), 0u);
   }
@@ -98,68 +87,56 @@ TEST_F(CaptureKeyDialogTest, OnlyTheKeyPressedDecidesTheExtendedBit) {
   keyboard.Press(kCtrl);
   EXPECT_FALSE(capture.KeyDown(kCtrl, 1, 0x11D));
   EXPECT_TRUE(capture.KeyDown(kKeyC, 1, 0x2E));
-  EXPECT_EQ(capture.GetModifiers(), kKeyCtrl);
-  EXPECT_EQ(capture.GetScanCode(), 0x2Eu);
+  EXPECT_EQ(Captured(), Key(0x2E, kKeyCtrl));
 }
 
 TEST_F(CaptureKeyDialogTest, ScanCodeIsTheLowByteOfTheFlagsAndTheVirtualKeyIsNotKept) {
   // Context, previous-state and transition bits above the extended flag.
   EXPECT_TRUE(capture.KeyDown(kDelete, 3, 0xE153));
-  EXPECT_EQ(capture.GetScanCode(), 0x53u);
-  EXPECT_EQ(capture.GetModifiers(), kKeyExtended);
+  EXPECT_EQ(Captured(), Key(0x53, kKeyExtended));
   FakeDialog other;
   CaptureKeyDialog again(keyboard, other);
   EXPECT_TRUE(again.KeyDown(0x99, 1, 0xE153));
-  EXPECT_EQ(again.GetScanCode(), capture.GetScanCode());
-  EXPECT_EQ(again.GetModifiers(), capture.GetModifiers());
+  EXPECT_EQ(Key(again.GetScanCode(), again.GetModifiers()), Captured());
 }
 
 TEST_F(CaptureKeyDialogTest, ModifiersAreTheLiveStateNotToggles) {
   keyboard.Toggle(kShift);
   keyboard.Toggle(kCtrl);
   EXPECT_TRUE(capture.KeyDown(kF1, 1, 0x3B));
-  EXPECT_EQ(capture.GetModifiers(), 0u);
+  EXPECT_EQ(Captured(), Key(0x3B, 0));
   // A later key is captured afresh: the earlier modifiers do not linger.
   keyboard.Press(kAlt);
   EXPECT_TRUE(capture.KeyDown(kF1, 1, 0x3B));
-  EXPECT_EQ(capture.GetModifiers(), kKeyAlt);
+  EXPECT_EQ(Captured(), Key(0x3B, kKeyAlt));
   keyboard.ReleaseAll();
   EXPECT_TRUE(capture.KeyDown(kF1, 1, 0x3B));
-  EXPECT_EQ(capture.GetModifiers(), 0u);
+  EXPECT_EQ(Captured(), Key(0x3B, 0));
 }
 
 TEST_F(CaptureKeyDialogTest, MessageFilterRoutesKeyDownsAndThePrintScreenKeyUp) {
-  // Key-up, characters and system key-up of ordinary keys pass through.
+  // Key-up, characters, system key-up of ordinary keys and other messages
+  // pass through, and so does a modifier's key-down: the dialog waits on.
   EXPECT_FALSE(capture.PreTranslateMessage(Message(NWindowMessage::kKeyUp, kF1, 0xC03B0001)));
   EXPECT_FALSE(capture.PreTranslateMessage(Message(0x0102, 'a', 0x001E0001)));
   EXPECT_FALSE(capture.PreTranslateMessage(Message(NWindowMessage::kSysKeyUp, kPrintScreen, 0xC1370001)));
   EXPECT_FALSE(capture.PreTranslateMessage(Message(0x0200, 0, 0)));
-  // So does a modifier's key-down: the dialog waits on.
   EXPECT_FALSE(capture.PreTranslateMessage(Message(NWindowMessage::kKeyDown, kShift, 0x002A0001)));
   EXPECT_TRUE(dialog.results.empty());
-  EXPECT_EQ(capture.GetScanCode(), 0u);
-
+  EXPECT_EQ(Captured(), Key(0, 0));
   keyboard.Press(kAlt);
   EXPECT_TRUE(capture.PreTranslateMessage(Message(NWindowMessage::kSysKeyDown, kF1, 0x203B0001)));
-  EXPECT_EQ(capture.GetScanCode(), 0x3Bu);
-  EXPECT_EQ(capture.GetModifiers(), kKeyAlt);
+  EXPECT_EQ(Captured(), Key(0x3B, kKeyAlt));
   keyboard.ReleaseAll();
-
   EXPECT_TRUE(capture.PreTranslateMessage(Message(NWindowMessage::kKeyDown, kDelete, 0x01530001)));
-  EXPECT_EQ(capture.GetScanCode(), 0x53u);
-  EXPECT_EQ(capture.GetModifiers(), kKeyExtended);
-
+  EXPECT_EQ(Captured(), Key(0x53, kKeyExtended));
   // Print Screen sends only its key-up (extended, scan code 0x37).
   EXPECT_TRUE(capture.PreTranslateMessage(Message(NWindowMessage::kKeyUp, kPrintScreen, 0xC1370001)));
-  EXPECT_EQ(capture.GetScanCode(), 0x37u);
-  EXPECT_EQ(capture.GetModifiers(), kKeyExtended);
-  EXPECT_EQ(dialog.results.size(), 3u);
-}
-
-TEST_F(CaptureKeyDialogTest, RepeatCountDoesNotMatter) {
+  EXPECT_EQ(Captured(), Key(0x37, kKeyExtended));
+  // Nor does the repeat count matter.
   EXPECT_TRUE(capture.PreTranslateMessage(Message(NWindowMessage::kKeyDown, kF1, 0x403BFFFF)));
-  EXPECT_EQ(capture.GetScanCode(), 0x3Bu);
-  EXPECT_EQ(capture.GetModifiers(), 0u);
+  EXPECT_EQ(Captured(), Key(0x3B, 0));
+  EXPECT_EQ(dialog.results.size(), 4u);
 }
 
 }  // namespace

@@ -20,18 +20,18 @@ class NKeymapFileCheckTest : public testing::Test {
     m_dir = fs::path(testing::TempDir()) /
             ("cfgdeck_keymap_check_" + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()) +
              "_" + std::to_string(std::random_device()()));
-    fs::remove_all(m_dir);
     NWriteFileBytes(m_dir / "config" / "Keymaps" / "custom.key", "VK_F1 MENU_CONNECT\n");
     fs::create_directories(m_dir / "config" / "folder.key");
     m_roots.config = (m_dir / "config").u16string();
   }
   void TearDown() override { fs::remove_all(m_dir); }
 
-  // Checks with custom keymaps chosen; the message code, or 0 when accepted.
-  std::uint32_t Check(const std::u16string& name) {
+  // The message code, or 0 when accepted; the message's text in `text`.
+  std::uint32_t Check(const std::u16string& name, bool custom = true, std::string* text = nullptr) {
     NReportMessageParams params;
-    const bool accepted = NCheckCustomKeymapFile(true, name, m_roots, NPlatform::Default(), params);
+    const bool accepted = NCheckCustomKeymapFile(custom, name, m_roots, NPlatform::Default(), params);
     EXPECT_EQ(accepted, params.GetCode() == 0) << NUnicodeString(name).ToUtf8();
+    if (text) *text = params.GetText().ToUtf8();
     return params.GetCode();
   }
 
@@ -39,24 +39,14 @@ class NKeymapFileCheckTest : public testing::Test {
   NPathTokenRoots m_roots;
 };
 
-TEST_F(NKeymapFileCheckTest, NothingIsCheckedWithoutACustomKeymap) {
-  NReportMessageParams params;
-  EXPECT_TRUE(NCheckCustomKeymapFile(false, u"", m_roots, NPlatform::Default(), params));
-  EXPECT_TRUE(NCheckCustomKeymapFile(false, u"no such file", m_roots, NPlatform::Default(), params));
-  EXPECT_EQ(params.GetCode(), 0u);
-}
-
-TEST_F(NKeymapFileCheckTest, EmptyAndMissingNamesAreRefusedWithTheirMessages) {
-  NReportMessageParams params;
-  EXPECT_FALSE(NCheckCustomKeymapFile(true, u"", m_roots, NPlatform::Default(), params));
-  EXPECT_EQ(params.GetCode(), 0xE1380010u);
-  EXPECT_EQ(params.GetText().ToUtf8(), "Custom keymap filename cannot be empty.\r\n");
-
-  NReportMessageParams missing;
-  EXPECT_FALSE(NCheckCustomKeymapFile(true, (m_dir / "config" / "Keymaps" / "gone.key").u16string(), m_roots,
-                                      NPlatform::Default(), missing));
-  EXPECT_EQ(missing.GetCode(), 0xE1380011u);
-  EXPECT_EQ(missing.GetText().ToUtf8(), "Keymap filename not found.\r\n");
+TEST_F(NKeymapFileCheckTest, OnlyACustomKeymapIsCheckedAndEmptyOrMissingNamesAreRefusedWithTheirMessages) {
+  EXPECT_EQ(Check(u"", false), 0u);
+  EXPECT_EQ(Check(u"no such file", false), 0u);
+  std::string text;
+  EXPECT_EQ(Check(u"", true, &text), 0xE1380010u);
+  EXPECT_EQ(text, "Custom keymap filename cannot be empty.\r\n");
+  EXPECT_EQ(Check((m_dir / "config" / "Keymaps" / "gone.key").u16string(), true, &text), 0xE1380011u);
+  EXPECT_EQ(text, "Keymap filename not found.\r\n");
 }
 
 TEST_F(NKeymapFileCheckTest, NamesResolveAbsoluteByTokenAndUnderTheConfigurationFolder) {
@@ -66,8 +56,7 @@ TEST_F(NKeymapFileCheckTest, NamesResolveAbsoluteByTokenAndUnderTheConfiguration
   // A folder is no keymap file.
   EXPECT_EQ(Check((m_dir / "config" / "folder.key").u16string()), kMsgKeymapFileNotFound);
   EXPECT_EQ(Check(u"folder.key"), kMsgKeymapFileNotFound);
-  // Without a known configuration folder a relative name leads nowhere
-  // the test made, and a token is not expanded.
+  // Without a known configuration folder a token is not expanded.
   m_roots.config.clear();
   EXPECT_EQ(Check(u"${NSW_CONFIG_PATH}\\Keymaps\\custom.key"), kMsgKeymapFileNotFound);
 }

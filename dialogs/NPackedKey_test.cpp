@@ -4,28 +4,17 @@
 
 #include <string>
 
+#include "dialogs/KeyboardButton.h"
+#include "dialogs/NumpadButton.h"
+#include "dialogs/SelectedKeyDialog.h"
+
 namespace {
 
 std::string Text(unsigned key) { return KeyModifiersToString(key).ToUtf8(); }
 
-TEST(NPackedKeyTest, ModifierTextsComeInTheirFixedOrder) {
-  EXPECT_EQ(Text(0), "");
-  EXPECT_EQ(Text(0x5E000000), "Alt-Ctrl-Shift-Extended-Windows-");
-  EXPECT_EQ(Text(0x10000000), "Alt-");
-  EXPECT_EQ(Text(0x04000000), "Ctrl-");
-  EXPECT_EQ(Text(0x08000000), "Shift-");
-  EXPECT_EQ(Text(0x02000000), "Extended-");
-  EXPECT_EQ(Text(0x40000000), "Windows-");
+TEST(NPackedKeyTest, EveryCombinationSpellsExactlyItsModifiersInOrder) {
   // Bit order is not text order: Shift (bit 27) sits above Ctrl (bit 26)
   // but is spelled after it, and Windows (bit 30) comes last.
-  EXPECT_EQ(Text(0x08000000 | 0x04000000 | 0x10000000 | 0x2E), "Alt-Ctrl-Shift-");
-  EXPECT_EQ(Text(0x40000000 | 0x02000000 | 0x08000000), "Shift-Extended-Windows-");
-  // The key itself and bits outside the five are not spelled.
-  EXPECT_EQ(Text(0xA1FFFFFF), "");
-  EXPECT_EQ(Text(0xFFFFFFFF), "Alt-Ctrl-Shift-Extended-Windows-");
-}
-
-TEST(NPackedKeyTest, EveryCombinationSpellsExactlyItsModifiersInOrder) {
   const struct {
     unsigned bit;
     std::string text;
@@ -34,8 +23,9 @@ TEST(NPackedKeyTest, EveryCombinationSpellsExactlyItsModifiersInOrder) {
                    {0x08000000, "Shift-"},
                    {0x02000000, "Extended-"},
                    {0x40000000, "Windows-"}};
+  EXPECT_EQ(Text(0), "");
   for (unsigned combination = 0; combination < 32; ++combination) {
-    unsigned key = 0x41;
+    unsigned key = 0x2E;
     std::string expected;
     for (unsigned i = 0; i < 5; ++i) {
       if (combination & (1u << i)) {
@@ -44,7 +34,8 @@ TEST(NPackedKeyTest, EveryCombinationSpellsExactlyItsModifiersInOrder) {
       }
     }
     EXPECT_EQ(Text(key), expected) << std::hex << key;
-    EXPECT_EQ(Text(key | 0x80000000 | 0x20000000 | 0x01000000), expected) << std::hex << key;
+    // The key itself and the bits outside the five are not spelled.
+    EXPECT_EQ(Text(key | 0xA1FFFFFF), expected) << std::hex << key;
   }
 }
 
@@ -60,6 +51,31 @@ TEST(NPackedKeyTest, ModifiersAndKeySplitAtTheMask) {
     EXPECT_EQ(GetModifiers(key) & GetUnmodifiedKey(key), 0u) << std::hex << key;
     EXPECT_EQ(GetModifiers(GetUnmodifiedKey(key)), 0u) << std::hex << key;
   }
+}
+
+TEST(SelectedKeyDialogTest, MapModifiersKeepsCtrlShiftAltOnly) {
+  const std::pair<unsigned, unsigned> rows[] = {
+      {0, 0}, {kKeyCtrl | 0x1D, 1}, {kKeyShift, 2}, {kKeyAlt, 4}, {kKeyAlt | kKeyCtrl | kKeyShift | 0x32, 7},
+      {kKeyWindows, 0}, {kKeyExtended | kKeyWindows | 0x53, 0}, {0xA1FFFFFF, 0}, {0xFFFFFFFF, 7}};
+  for (const auto& [key, modifiers] : rows) EXPECT_EQ(SelectedKeyDialog::mapModifiers(key), modifiers) << std::hex << key;
+}
+
+TEST(KeyboardButtonTest, KeyWithModifiersMapsBackToTheSameModifiers) {
+  const KeyboardButton f1(1001, 4, u"F1", 0x3B, 0);
+  const KeyboardButton del(1002, 4, u"Del", 0x53, kKeyExtended);
+  for (unsigned modifiers = 0; modifiers < 8; ++modifiers) {
+    EXPECT_EQ(SelectedKeyDialog::mapModifiers(f1.GetKey(modifiers)), modifiers);
+    EXPECT_EQ(GetUnmodifiedKey(f1.GetKey(modifiers)), 0x3Bu);
+    EXPECT_EQ(GetModifiers(f1.GetKey(modifiers)) & (kKeyExtended | kKeyWindows), 0u);
+    EXPECT_EQ(SelectedKeyDialog::mapModifiers(del.GetKey(modifiers)), modifiers);
+    EXPECT_EQ(GetModifiers(del.GetKey(modifiers)) & kKeyExtended, kKeyExtended);
+  }
+  EXPECT_EQ(del.GetKey(KeyboardButton::kCtrl | KeyboardButton::kAlt), kKeyCtrl | kKeyAlt | kKeyExtended | 0x53);
+  EXPECT_EQ(f1.GetKey(KeyboardButton::kShift | 8), kKeyShift | 0x3B) << "bits beyond the three are ignored";
+  const KeyboardButton backspace(1003, 9, u"Backspace", 0x0E, kKeyWindows | 0x20);
+  EXPECT_EQ(backspace.GetKey(0), 0x0Eu) << "only the extended flag is a key flag";
+  const NumpadButton seven(2007, 4, u"7", 0x47, 0x67);
+  EXPECT_EQ(seven.GetKey(KeyboardButton::kCtrl), kKeyCtrl | 0x47) << "the pad's keys are not extended";
 }
 
 }  // namespace

@@ -67,7 +67,6 @@ TEST_F(NPathCommandsTest, UnderExeAndCommandLinePrintTheFolderOrWhyNot) {
   EXPECT_EQ(Run({"path", "under-exe", m_dir.string()}), 1);
   EXPECT_EQ(out, "");
   EXPECT_NE(err.find("global.ini"), std::string::npos) << err;
-
   EXPECT_EQ(Run({"path", "command-line", (m_dir / "app/Config/").string()}), 0);
   EXPECT_EQ(out, fs::canonical(m_dir / "app/Config").string() + "\n");
   const std::string missing = (m_dir / "k\xc3\xb6nig").string();
@@ -83,19 +82,16 @@ TEST_F(NPathCommandsTest, RedirectReportsTheNoticeAndSaveAndRememberedRoundTrip)
   NWriteFileBytes(old / "NSWRedirect.ini", std::string(kBom) + "S:\"New Config Path\"=/srv/new\r\n");
   EXPECT_EQ(Run({"path", "remembered"}), 1);
   EXPECT_NE(err.find("'Skeldon'"), std::string::npos) << err;
-
   EXPECT_EQ(Run({"path", "redirect", "--save", old.string()}), 0);
   EXPECT_EQ(out, "/srv/new\n");
   EXPECT_TRUE(err.starts_with("cfgdeck: 0x61380017: The configuration was migrated from: \r\n'" + old.string())) << err;
   EXPECT_EQ(Run({"path", "remembered"}), 0);
   EXPECT_EQ(out, "/srv/new\n");
-
   EXPECT_EQ(Run({"path", "save", "/srv/other"}), 0);
   EXPECT_EQ(out, "/srv/other\n");
   EXPECT_EQ(Run({"path", "remembered", "skeldon"}), 0);
   EXPECT_EQ(out, "/srv/other\n");
   EXPECT_EQ(Run({"path", "remembered", "Parrow"}), 1);
-
   // An old folder without a redirect has its global file moved aside.
   fs::remove(old / "NSWRedirect.ini");
   EXPECT_EQ(Run({"path", "redirect", old.string()}), 0);

@@ -7,20 +7,14 @@
 
 namespace {
 
-struct Asked {
-  std::u16string text;
-  std::u16string caption;
-  unsigned style = 0;
-};
-
 struct Host {
   int answer = 0;
-  std::vector<Asked> asked;
+  std::vector<NShownMessageBox> asked;
 };
 
 int Answer(void* context, const char16_t* text, const char16_t* caption, unsigned style) {
   auto& host = *static_cast<Host*>(context);
-  host.asked.push_back({text, caption, style});
+  host.asked.push_back({NUnicodeString(text), NUnicodeString(caption), style, 0});
   return host.answer;
 }
 
@@ -37,7 +31,6 @@ TEST_F(NMessageBoxTest, WithoutAHostTheDefaultButtonAnswersAndTheMessageIsKept) 
   EXPECT_EQ(NMessageBox(nullptr, u"Saved.", u"Skeldon", kMessageBoxOk | kMessageBoxIconInformation), kMessageBoxIdOk);
   EXPECT_EQ(NMessageBox(nullptr, u"Go on?", u"Skeldon", kMessageBoxOkCancel), kMessageBoxIdOk);
   EXPECT_EQ(NMessageBox(nullptr, u"Delete?", u"Parrow", kMessageBoxYesNo | kMessageBoxIconQuestion), kMessageBoxIdYes);
-
   const std::vector<NShownMessageBox> shown = NShownMessageBoxes();
   ASSERT_EQ(shown.size(), 3u);
   EXPECT_EQ(shown[0].text, u"Saved.");
@@ -49,29 +42,33 @@ TEST_F(NMessageBoxTest, WithoutAHostTheDefaultButtonAnswersAndTheMessageIsKept) 
 }
 
 TEST_F(NMessageBoxTest, TheHostSeesTheMessageAndItsAnswerCountsWhenTheStyleHasThatButton) {
+  const struct {
+    std::u16string_view text;
+    int answer;
+    unsigned style;
+    int expected;
+  } rows[] = {
+      {u"Delete 'Lab'?", kMessageBoxIdNo, kMessageBoxYesNo, kMessageBoxIdNo},
+      {u"Go on?", kMessageBoxIdCancel, kMessageBoxOkCancel, kMessageBoxIdCancel},
+      // Buttons the box does not have: its default button.
+      {u"Done.", kMessageBoxIdCancel, kMessageBoxOk, kMessageBoxIdOk},
+      {u"Delete?", kMessageBoxIdOk, kMessageBoxYesNo, kMessageBoxIdYes},
+  };
   Host host;
   NSetMessageBoxHandler(&Answer, &host);
-
-  host.answer = kMessageBoxIdNo;
-  EXPECT_EQ(NMessageBox(nullptr, u"Delete 'Lab'?", u"Skeldon", kMessageBoxYesNo), kMessageBoxIdNo);
-  host.answer = kMessageBoxIdCancel;
-  EXPECT_EQ(NMessageBox(nullptr, u"Go on?", u"Skeldon", kMessageBoxOkCancel), kMessageBoxIdCancel);
-  // Buttons the box does not have: its default button.
-  host.answer = kMessageBoxIdCancel;
-  EXPECT_EQ(NMessageBox(nullptr, u"Done.", u"Skeldon", kMessageBoxOk), kMessageBoxIdOk);
-  host.answer = kMessageBoxIdOk;
-  EXPECT_EQ(NMessageBox(nullptr, u"Delete?", u"Skeldon", kMessageBoxYesNo), kMessageBoxIdYes);
-
-  ASSERT_EQ(host.asked.size(), 4u);
-  EXPECT_EQ(host.asked[0].text, u"Delete 'Lab'?");
-  EXPECT_EQ(host.asked[0].caption, u"Skeldon");
-  EXPECT_EQ(host.asked[0].style, kMessageBoxYesNo);
+  for (const auto& row : rows) {
+    host.answer = row.answer;
+    EXPECT_EQ(NMessageBox(nullptr, row.text, u"Skeldon", row.style), row.expected) << NUnicodeString(row.text).ToUtf8();
+  }
   const std::vector<NShownMessageBox> shown = NShownMessageBoxes();
+  ASSERT_EQ(host.asked.size(), 4u);
   ASSERT_EQ(shown.size(), 4u);
-  EXPECT_EQ(shown[0].result, kMessageBoxIdNo);
-  EXPECT_EQ(shown[1].result, kMessageBoxIdCancel);
-  EXPECT_EQ(shown[2].result, kMessageBoxIdOk);
-
+  for (std::size_t i = 0; i < 4; ++i) {
+    EXPECT_EQ(host.asked[i].text, rows[i].text);
+    EXPECT_EQ(host.asked[i].caption, u"Skeldon");
+    EXPECT_EQ(host.asked[i].style, rows[i].style);
+    EXPECT_EQ(shown[i].result, rows[i].expected);
+  }
   NSetMessageBoxHandler(nullptr, nullptr);
   EXPECT_EQ(NMessageBox(nullptr, u"Go on?", u"Skeldon", kMessageBoxOkCancel), kMessageBoxIdOk);
   EXPECT_EQ(host.asked.size(), 4u);

@@ -13,26 +13,21 @@ namespace {
 struct Event {
   NProgressEvent event;
   std::u16string text;
-  std::uint64_t done;
-  std::uint64_t total;
+  std::uint64_t done, total;
 };
-
-struct Observer {
-  std::mutex mutex;
-  std::vector<Event> events;
-};
-
-void Observe(void* context, NProgressEvent event, const char16_t* text, std::uint64_t done, std::uint64_t total) {
-  auto& observer = *static_cast<Observer*>(context);
-  std::lock_guard<std::mutex> lock(observer.mutex);
-  observer.events.push_back({event, text, done, total});
-}
 
 class NProgressDialogTest : public testing::Test {
  protected:
-  void SetUp() override { NSetProgressObserver(&Observe, &m_observer); }
+  void SetUp() override { NSetProgressObserver(&Observe, this); }
   void TearDown() override { NSetProgressObserver(nullptr, nullptr); }
-  Observer m_observer;
+  static void Observe(void* context, NProgressEvent event, const char16_t* text, std::uint64_t done,
+                      std::uint64_t total) {
+    auto& test = *static_cast<NProgressDialogTest*>(context);
+    std::lock_guard<std::mutex> lock(test.m_mutex);
+    test.m_events.push_back({event, text, done, total});
+  }
+  std::mutex m_mutex;
+  std::vector<Event> m_events;
 };
 
 TEST_F(NProgressDialogTest, RunLastsUntilAWorkerPostsCloseAndTheHostSeesEveryStep) {
@@ -48,21 +43,19 @@ TEST_F(NProgressDialogTest, RunLastsUntilAWorkerPostsCloseAndTheHostSeesEverySte
   dialog.Run();
   ran = true;
   worker.join();
-
   EXPECT_EQ(dialog.Done(), 3u);
   EXPECT_EQ(dialog.Total(), 3u);
   EXPECT_EQ(dialog.Text(), u"Skeldon is migrating.");
-  ASSERT_EQ(m_observer.events.size(), 6u);
-  EXPECT_EQ(m_observer.events.front().event, NProgressEvent::kShown);
-  EXPECT_EQ(m_observer.events.front().text, u"Skeldon is migrating.");
+  ASSERT_EQ(m_events.size(), 6u);
+  EXPECT_EQ(m_events.front().event, NProgressEvent::kShown);
+  EXPECT_EQ(m_events.front().text, u"Skeldon is migrating.");
   for (std::uint64_t i = 0; i <= 3; ++i) {
-    const Event& event = m_observer.events[1 + i];
-    EXPECT_EQ(event.event, NProgressEvent::kChanged);
-    EXPECT_EQ(event.done, i);
-    EXPECT_EQ(event.total, 3u);
+    EXPECT_EQ(m_events[1 + i].event, NProgressEvent::kChanged);
+    EXPECT_EQ(m_events[1 + i].done, i);
+    EXPECT_EQ(m_events[1 + i].total, 3u);
   }
-  EXPECT_EQ(m_observer.events.back().event, NProgressEvent::kClosed);
-  EXPECT_EQ(m_observer.events.back().done, 3u);
+  EXPECT_EQ(m_events.back().event, NProgressEvent::kClosed);
+  EXPECT_EQ(m_events.back().done, 3u);
 }
 
 TEST_F(NProgressDialogTest, ACloseBeforeRunEndsRunAtOnce) {
@@ -71,9 +64,9 @@ TEST_F(NProgressDialogTest, ACloseBeforeRunEndsRunAtOnce) {
   dialog.Run();
   dialog.SetText(u"other");
   EXPECT_EQ(dialog.Text(), u"other");
-  ASSERT_EQ(m_observer.events.size(), 3u);
-  EXPECT_EQ(m_observer.events[1].event, NProgressEvent::kClosed);
-  EXPECT_EQ(m_observer.events[2].text, u"other");
+  ASSERT_EQ(m_events.size(), 3u);
+  EXPECT_EQ(m_events[1].event, NProgressEvent::kClosed);
+  EXPECT_EQ(m_events[2].text, u"other");
 }
 
 TEST_F(NProgressDialogTest, ManyWorkersReportingAtOnceLeaveConsistentCounts) {
@@ -92,13 +85,13 @@ TEST_F(NProgressDialogTest, ManyWorkersReportingAtOnceLeaveConsistentCounts) {
   for (std::thread& worker : workers) worker.join();
   EXPECT_EQ(dialog.Done(), kSteps);
   // Each event shows a pair that was set together.
-  for (const Event& event : m_observer.events) {
+  for (const Event& event : m_events) {
     if (event.event == NProgressEvent::kChanged) {
       EXPECT_EQ(event.total, kSteps);
     }
     EXPECT_LE(event.done, kSteps);
   }
-  EXPECT_EQ(m_observer.events.size(), 2u + kWorkers * kSteps);
+  EXPECT_EQ(m_events.size(), 2u + kWorkers * kSteps);
 }
 
 }  // namespace
