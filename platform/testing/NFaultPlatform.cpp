@@ -174,6 +174,11 @@ NStatus NFaultPlatform::RemoveFolder(std::u16string_view path) {
   return Target().RemoveFolder(path);
 }
 
+NStatus NFaultPlatform::SyncFolder(std::u16string_view path) {
+  if (auto fault = Count(NFaultKind::kSync)) return Injected(*fault, NFaultKind::kSync, path);
+  return Target().SyncFolder(path);
+}
+
 NStatus NFaultPlatform::ListFolder(std::u16string_view path, std::vector<NFolderEntry>* entries) {
   if (auto fault = Count(NFaultKind::kListFolder)) return Injected(*fault, NFaultKind::kListFolder, path);
   return Target().ListFolder(path, entries);
