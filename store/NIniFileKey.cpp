@@ -493,7 +493,9 @@ bool NIniFileKey::SaveFiles(NReportMessageParams& params) {
   for (int i = count - 1; i >= 0; --i) {
     SaveTarget& target = targets[i];
     NKeyJournal journal(platform, target.path);
-    if (NStatus status = journal.Write(target.old, target.content, target.security, sync); !status) {
+    const bool journaled = m_store.Options().journal;
+    if (NStatus status = journaled ? journal.Write(target.old, target.content, target.security, sync) : NStatus::Ok();
+        !status) {
       return fail(status);
     }
     // On a failure the journal stays: the next opener finds the old bytes
@@ -503,7 +505,7 @@ bool NIniFileKey::SaveFiles(NReportMessageParams& params) {
       if (NStatus status = target.file->Sync(); !status) return fail(status);
     }
     // The new bytes stand; a journal left now is settled as a completed save.
-    if (NStatus status = journal.Remove(); !status) return fail(status);
+    if (NStatus status = journaled ? journal.Remove() : NStatus::Ok(); !status) return fail(status);
   }
   for (int i = count - 1; i >= 0; --i) {
     // Released before the close, not by it.
