@@ -127,9 +127,9 @@ TEST_F(NSessionTreeTest, ReadsOnlyTheFilesOfEntriesItReportsAndListsEachFolderOn
   // beneath a session or a skipped folder.
   EXPECT_EQ(counting.CallCount(NFaultKind::kRead), 7);
   EXPECT_EQ(counting.CallCount(NFaultKind::kWrite), 0);
-  // Those seven files and the missing "Sessions.ini"; a folder alone is
-  // not opened as a key.
-  EXPECT_EQ(counting.CallCount(NFaultKind::kOpen), 8);
+  // Those seven files, the missing journal beside each, and the missing
+  // "Sessions.ini"; a folder alone is not opened as a key.
+  EXPECT_EQ(counting.CallCount(NFaultKind::kOpen), 15);
   // Sessions, Lab, Deep, L3, L4, L5 and Plain, and the configuration folder
   // once, where "Sessions.ini" is looked for by case.
   EXPECT_EQ(counting.CallCount(NFaultKind::kListFolder), 8);
