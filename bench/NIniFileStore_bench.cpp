@@ -802,10 +802,11 @@ void RegisterBenchmarks() {
           ->UseRealTime();
     }
   }
-  for (const auto& paired : {std::pair{"BM_SaveOverFloor", BM_SaveOverFloor},
-                              std::pair{"BM_SaveOverUnjournaledSave", BM_SaveOverUnjournaledSave}}) {
+  constexpr NCase kPairedSaves[] = {{"BM_SaveOverFloor", BM_SaveOverFloor},
+                                    {"BM_SaveOverUnjournaledSave", BM_SaveOverUnjournaledSave}};
+  for (const NCase& paired : kPairedSaves) {
     for (const int bytes : {8 << 10, 64 << 10}) {
-      benchmark::RegisterBenchmark(paired.first, paired.second)
+      benchmark::RegisterBenchmark(paired.name, paired.function)
           ->Arg(bytes)
           ->ArgName("bytes")
           ->Iterations(15)
