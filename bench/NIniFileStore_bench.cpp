@@ -694,6 +694,65 @@ void BM_StoreSave(benchmark::State& state) {
   clock.SetCounters(state, folder.files.size(), folder.bytes);
 }
 
+// One key of `bytes` bytes saved again and again, paired with a bare
+// rewrite of the same bytes (open, exclusive lock, cut, write, flush, close)
+// or with the same save without its journal. Every save flushes, as a
+// user's does.
+template <bool kOverFloor>
+void SaveOverFloor(benchmark::State& state) {
+  constexpr int kSavesPerSide = 20;
+  const std::size_t bytes = static_cast<std::size_t>(state.range(0));
+  const fs::path root = fs::path(BenchDir()) / "save-scratch" / ("paired-" + std::to_string(bytes));
+  fs::remove_all(root);
+  fs::create_directories(root);
+  NIniFileStoreOptions journaled;
+  NIniFileStoreOptions bare;
+  bare.journal = false;
+  NIniFileStore store(NUnicodeString::FromUtf8(root.string()), NUnicodeString(), NPlatform::Default(), journaled);
+  NIniFileStore unjournaled(NUnicodeString::FromUtf8(root.string()), NUnicodeString(), NPlatform::Default(), bare);
+  NKeyPath path;
+  (void)path.Append(u"key");
+  NReportMessageParams params;
+  std::unique_ptr<NIniFileKey> key = NIniFileKey::Open(store, path, false, params);
+  std::unique_ptr<NIniFileKey> other = NIniFileKey::Open(unjournaled, path, false, params);
+  if (!key || !other || !key->SetStringValue(u"Blob", NUnicodeString::FromUtf8(std::string(bytes - 64, 'x'))) ||
+      !key->Flush(params) || !other->Reload(params)) {
+    state.SkipWithError("the key could not be made");
+    return;
+  }
+  const std::string file = (root / "key.ini").string();
+  const std::string content = ReadWhole(file);
+  std::uint32_t flip = 0;
+  auto saves = [&flip](NIniFileKey& target) {
+    for (int i = 0; i < kSavesPerSide; ++i) {
+      NReportMessageParams ignored;
+      if (!target.SetDwordValue(kChangedValue, ++flip % 2) || !target.Flush(ignored)) return false;
+    }
+    return true;
+  };
+  auto floor = [&] {
+    for (int i = 0; i < kSavesPerSide; ++i) {
+      if (!NBareRewrite(file, content, true)) return false;
+    }
+    return true;
+  };
+  NPairedRatio pairs;
+  for (auto _ : state) {
+    // The first save of a side finds the file changed by the other side, and
+    // merges its change onto it, as a save after another process's does.
+    const bool ran = kOverFloor ? pairs.Run(floor, [&] { return saves(*key); })
+                                : pairs.Run([&] { return saves(*other); }, [&] { return saves(*key); });
+    if (!ran) {
+      state.SkipWithError("a save failed");
+      return;
+    }
+  }
+  pairs.SetCounters(state, kSavesPerSide);
+}
+
+void BM_SaveOverFloor(benchmark::State& state) { SaveOverFloor<true>(state); }
+void BM_SaveOverUnjournaledSave(benchmark::State& state) { SaveOverFloor<false>(state); }
+
 // One iteration walks a whole folder, so iteration counts are fixed and
 // small, larger for the smaller folders to keep each measurement near a second.
 void RegisterBenchmarks() {
@@ -739,6 +798,18 @@ void RegisterBenchmarks() {
           ->Arg(sync)
           ->ArgName("sync")
           ->Iterations(sync ? 2 : 10)
+          ->Unit(benchmark::kMillisecond)
+          ->UseRealTime();
+    }
+  }
+  constexpr NCase kPairedSaves[] = {{"BM_SaveOverFloor", BM_SaveOverFloor},
+                                    {"BM_SaveOverUnjournaledSave", BM_SaveOverUnjournaledSave}};
+  for (const NCase& paired : kPairedSaves) {
+    for (const int bytes : {8 << 10, 64 << 10}) {
+      benchmark::RegisterBenchmark(paired.name, paired.function)
+          ->Arg(bytes)
+          ->ArgName("bytes")
+          ->Iterations(15)
           ->Unit(benchmark::kMillisecond)
           ->UseRealTime();
     }

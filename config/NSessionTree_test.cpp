@@ -119,8 +119,9 @@ TEST_F(NSessionTreeTest, ReadsOnlyTheFilesOfEntriesItReportsAndListsEachFolderOn
   // beneath a session or a skipped folder.
   EXPECT_EQ(counting.CallCount(NFaultKind::kRead), 7);
   EXPECT_EQ(counting.CallCount(NFaultKind::kWrite), 0);
-  // Those seven and the missing "Sessions.ini": a folder alone is no key.
-  EXPECT_EQ(counting.CallCount(NFaultKind::kOpen), 8);
+  // Those seven, the missing journal beside each, and the missing
+  // "Sessions.ini": a folder alone is no key.
+  EXPECT_EQ(counting.CallCount(NFaultKind::kOpen), 15);
   // Sessions, Lab, Deep, L3, L4, L5, Plain, and the configuration folder
   // once, where "Sessions.ini" is looked for by case.
   EXPECT_EQ(counting.CallCount(NFaultKind::kListFolder), 8);

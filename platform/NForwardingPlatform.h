@@ -17,6 +17,7 @@ class NForwardingPlatform : public NPlatform {
     return m_target.CreateFolder(path, security);
   }
   NStatus RemoveFolder(std::u16string_view path) override { return m_target.RemoveFolder(path); }
+  NStatus SyncFolder(std::u16string_view path) override { return m_target.SyncFolder(path); }
   NStatus ListFolder(std::u16string_view path, std::vector<NFolderEntry>* entries) override {
     return m_target.ListFolder(path, entries);
   }

@@ -36,3 +36,5 @@ std::uint64_t NPlatform::CurrentFileTime() {
   const auto units = std::chrono::duration_cast<std::chrono::duration<std::int64_t, std::ratio<1, 10000000>>>(since1970);
   return kUnixEpochAsFileTime + static_cast<std::uint64_t>(units.count());
 }
+
+NStatus NPlatform::SyncFolder(std::u16string_view) { return NStatus::Ok(); }

@@ -107,6 +107,10 @@ class NPlatform {
   virtual NStatus CreateFolderChain(std::u16string_view path, NFileSecurity security = NFileSecurity::kDefault);
   // Removes an empty folder.
   virtual NStatus RemoveFolder(std::u16string_view path) = 0;
+  // Makes the folder's entries (a file created or removed in it) durable, as
+  // Sync does a file's bytes. Where the system keeps them durable by itself,
+  // or offers no way to flush a folder, it does nothing.
+  virtual NStatus SyncFolder(std::u16string_view path);
   // Lists a folder without "." and "..", in the system's order.
   virtual NStatus ListFolder(std::u16string_view path, std::vector<NFolderEntry>* entries) = 0;
   // The same, refusing (access denied) a folder reached through a symbolic

@@ -18,6 +18,7 @@
 #include "store/NIniFileKeyIterator.h"
 #include "store/NIniFileStore.h"
 #include "store/NIniRecordReader.h"
+#include "store/NKeyJournal.h"
 #include "store/NTextFile.h"
 
 namespace {
@@ -132,6 +133,37 @@ NStatus NIniFileKey::LockWithWarning(NFile& file, NLockKind kind) const {
   return file.Lock(kLockOffset, kLockLength, kind, NFile::kWaitForever);
 }
 
+NStatus NIniFileKey::SettleJournal(const NUnicodeString& path, NKeyJournal& journal, bool whole, std::string* raw,
+                                  NKeyJournal::Outcome* outcome) const {
+  NPlatform& platform = m_store.Platform();
+  NOpenOptions options;
+  options.access = NFileAccess::kReadWrite;
+  options.noFollow = true;
+  options.noLinks = true;
+  std::unique_ptr<NFile> file;
+  const bool locked = platform.OpenFile(path, options, &file) &&
+                      file->Lock(kLockOffset, kLockLength, NLockKind::kExclusive, std::chrono::milliseconds::zero());
+  if (!locked) {
+    // Others read the key, or its folder cannot be written: the old bytes
+    // are the key's, and the next save settles the journal.
+    if (whole) {
+      *raw = journal.OldBytes();
+      *outcome = NKeyJournal::Outcome::kReadOld;
+    }
+    return NStatus::Ok();
+  }
+  // What the file holds now, under the exclusive lock: a save may have come
+  // and settled the journal in between.
+  NStatus status = NTextFile(*file).Read(raw);
+  if (status) status = journal.Settle(*file, raw, m_store.Options().syncOnSave, outcome);
+  NStatus unlocked = file->Unlock(kLockOffset, kLockLength);
+  if (status) status = std::move(unlocked);
+  if (status && *outcome != NKeyJournal::Outcome::kNone) {
+    Trace(u"NIniFileKey: settled the journal of an interrupted save: %1\n", path);
+  }
+  return status;
+}
+
 bool NIniFileKey::LoadFile(Map& map, std::u16string_view root, FileState* state, NIniLoadReport* report,
                            NReportMessageParams& params) {
   *state = FileState();
@@ -170,19 +202,30 @@ bool NIniFileKey::LoadFile(Map& map, std::u16string_view root, FileState* state,
   }
   if (status.IsNotFound()) return true;  // a key without values
   std::string raw;
+  NKeyJournal journal(platform, path);
+  bool journalFound = false;
+  bool journalWhole = false;
   if (status) status = LockWithWarning(*file, NLockKind::kShared);
   if (status) {
     status = NTextFile(*file).Read(&raw);
+    // Under the shared lock no save is under way: a journal now is one that
+    // a save left when it died.
+    if (status) {
+      status = journal.Read(&journalWhole);
+      journalFound = status.IsOk();
+      if (status.IsNotFound()) status = NStatus::Ok();
+    }
     // Released before the close: a child the host forked and has not yet
     // made exec holds a copy of the file, and with it the lock.
     NStatus unlocked = file->Unlock(kLockOffset, kLockLength);
     if (status) status = std::move(unlocked);
   }
+  file.reset();
+  if (status && journalFound) status = SettleJournal(path, journal, journalWhole, &raw, &report->journal);
   if (!status) {
     NReportStatus(status, params);
     return false;
   }
-  file.reset();
   state->existed = true;
   report->file = path;
   report->emptyFile = raw.empty();
@@ -417,6 +460,12 @@ bool NIniFileKey::SaveFiles(NReportMessageParams& params) {
     if (NStatus status = LockWithWarning(*target.file, NLockKind::kExclusive); !status) return fail(status);
     target.locked = true;
     if (NStatus status = ReadOld(target); !status) return fail(status);
+    NKeyJournal::Outcome settled;
+    if (NStatus status = NKeyJournal(platform, target.path).Settle(*target.file, &target.old, m_store.Options().syncOnSave,
+                                                                   &settled);
+        !status) {
+      return fail(status);
+    }
     const FileState& known = m_files[i];
     const bool existsNow = !target.old.empty();
     if (existsNow != known.existed || (existsNow && !known.SameAs(target.old))) {
@@ -440,12 +489,23 @@ bool NIniFileKey::SaveFiles(NReportMessageParams& params) {
   // The private file first: a save cut short between the two then leaves the
   // personal values in both files (the main one may hold them from before
   // the private root was used) rather than in neither.
+  const bool sync = m_store.Options().syncOnSave;
   for (int i = count - 1; i >= 0; --i) {
     SaveTarget& target = targets[i];
+    NKeyJournal journal(platform, target.path);
+    const bool journaled = m_store.Options().journal;
+    if (NStatus status = journaled ? journal.Write(target.old, target.content, target.security, sync) : NStatus::Ok();
+        !status) {
+      return fail(status);
+    }
+    // On a failure the journal stays: the next opener finds the old bytes
+    // or the new ones, whatever the failed call left.
     if (NStatus status = Rewrite(target); !status) return fail(status);
-    if (m_store.Options().syncOnSave) {
+    if (sync) {
       if (NStatus status = target.file->Sync(); !status) return fail(status);
     }
+    // The new bytes stand; a journal left now is settled as a completed save.
+    if (NStatus status = journaled ? journal.Remove() : NStatus::Ok(); !status) return fail(status);
   }
   for (int i = count - 1; i >= 0; --i) {
     // Released before the close, not by it.
@@ -511,7 +571,9 @@ NStatus RemoveKeyFiles(NPlatform& platform, std::u16string_view root, const NKey
   }
   NUnicodeString fileName(path.Leaf());
   fileName += kKeyFileSuffix;
-  const std::u16string_view names[] = {path.Leaf(), fileName};
+  NUnicodeString journalName = fileName;
+  journalName += NKeyJournal::kSuffix;
+  const std::u16string_view names[] = {path.Leaf(), fileName, journalName};
   std::vector<NFolderEntry> matches;
   if (NStatus status = NListIgnoringCase(platform, parent, names, &matches); !status) return status;
   for (const NFolderEntry& entry : matches) {
@@ -561,7 +623,9 @@ bool NIniFileKey::SubKeyExists(std::u16string_view name) const {
   if (!NFindKeyPath(platform, m_store.Root(), path.Parent(), u"", &parent)) return false;
   NUnicodeString fileName(path.Leaf());
   fileName += kKeyFileSuffix;
-  const std::u16string_view names[] = {path.Leaf(), fileName};
+  NUnicodeString journalName = fileName;
+  journalName += NKeyJournal::kSuffix;
+  const std::u16string_view names[] = {path.Leaf(), fileName, journalName};
   std::vector<NFolderEntry> matches;
   if (!NListIgnoringCase(platform, parent, names, &matches)) return false;
   return std::any_of(matches.begin(), matches.end(), [&path](const NFolderEntry& entry) {

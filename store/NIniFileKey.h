@@ -5,6 +5,7 @@
 
 #include "platform/NFile.h"
 #include "store/NIniFileKeyMap.h"
+#include "store/NKeyJournal.h"
 #include "store/NKeyPath.h"
 #include "store/NProfileKey.h"
 
@@ -22,6 +23,8 @@ struct NIniLoadReport {
   bool unterminated = false;  // the last line has no line end
   std::size_t invalidLine = 0;  // 1-based line of the first invalid record, or 0
   std::string problem;          // why that record is invalid
+  // What the journal of a save that died was found to be, and what was done.
+  NKeyJournal::Outcome journal = NKeyJournal::Outcome::kNone;
 };
 
 // A key of the INI folder store. Its values are loaded when it is opened;
@@ -109,6 +112,11 @@ class NIniFileKey final : public NProfileKey {
   NIniFileKey(const NIniFileStore& store, NKeyPath path, bool readOnly);
 
   bool Load(NReportMessageParams& params);
+  // Settles the journal that a load found beside the key file `path`: under
+  // the exclusive lock when it is free at once, else by reading the old
+  // bytes from it into *raw.
+  NStatus SettleJournal(const NUnicodeString& path, NKeyJournal& journal, bool whole, std::string* raw,
+                        NKeyJournal::Outcome* outcome) const;
   bool LoadFile(Map& map, std::u16string_view root, FileState* state, NIniLoadReport* report,
                 NReportMessageParams& params);
   // The key's file under `root` for a save: the existing one, whatever its

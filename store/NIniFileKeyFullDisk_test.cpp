@@ -84,4 +84,33 @@ TEST_F(NIniFileKeyFullDiskTest, SaveThatDoesNotFitFailsAndLeavesTheOldFileWhole)
   EXPECT_NE(NReadFileBytes(file).find("Added 199"), std::string::npos);
 }
 
+// The new content fits in the file's own space, but the journal's copy of
+// the old content does not: the save fails before the cut.
+TEST_F(NIniFileKeyFullDiskTest, SaveWhoseJournalDoesNotFitFailsBeforeTheCut) {
+  NFaultPlatform counter(NPlatform::Default());
+  NIniFileStore store(Native(m_mount / "store"), NUnicodeString(), counter);
+  NReportMessageParams params;
+  auto key = OpenKey(store, params);
+  ASSERT_TRUE(key) << params.GetText().ToUtf8();
+  ASSERT_TRUE(key->SetStringValue(u"Big", NUnicodeString::FromUtf8(std::string(20'000, 'b'))));
+  ASSERT_TRUE(key->Flush(params)) << params.GetText().ToUtf8();
+  const fs::path file = m_mount / "store" / "Sessions" / "lab.ini";
+  const std::string old = NReadFileBytes(file);
+  {
+    std::ofstream filler(m_mount / "filler", std::ios::binary);
+    filler << std::string(static_cast<std::size_t>(FreeBytes(m_mount) - 4096), 'x');
+  }
+  ASSERT_LT(FreeBytes(m_mount), old.size());
+
+  ASSERT_TRUE(key->DeleteValue(u"Big"));
+  counter.Reset();
+  EXPECT_FALSE(key->Flush(params));
+  const std::string text = params.GetText().ToUtf8();
+  EXPECT_NE(text.find(file.string() + "-journal"), std::string::npos) << text;
+  EXPECT_NE(text.find("not enough space"), std::string::npos) << text;
+  EXPECT_EQ(counter.CallCount(NFaultKind::kTruncate), 0) << "the file was cut: " << text;
+  EXPECT_EQ(NReadFileBytes(file), old);
+  EXPECT_FALSE(fs::exists(file.string() + "-journal"));
+}
+
 }  // namespace

@@ -13,6 +13,10 @@ class NPlatform;
 struct NIniFileStoreOptions {
   // Flush each saved file to the disk before its lock is released.
   bool syncOnSave = true;
+  // Write a rollback journal beside each key file a save rewrites, so that
+  // a save that dies midway leaves the old content or the new one. Off, a
+  // killed save can leave a key file short: for measuring what it costs.
+  bool journal = true;
   // A wait for a file's lock longer than this is logged, and goes on.
   std::chrono::milliseconds lockWarning{5000};
   // The roots are given already resolved to their real paths, so the store

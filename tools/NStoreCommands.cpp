@@ -256,6 +256,10 @@ int NStoreCommands::Check(const std::string& keyPath) {
     for (int file = 0; file < 2; ++file) {
       const NIniLoadReport& load = key->LoadReport(file);
       if (load.file.empty()) continue;
+      // Settled by the load itself: the key is whole again, so no problem.
+      if (load.journal != NKeyJournal::Outcome::kNone) {
+        report += Utf8(keys[i].Join(u'\\')) + ": " + std::string(NKeyJournal::Describe(load.journal)) + "\n";
+      }
       if (load.emptyFile) problem(keys[i], "empty file");
       if (load.invalidLine) problem(keys[i], "line " + std::to_string(load.invalidLine) + ": " + load.problem);
       if (load.unterminated && !load.emptyFile) {

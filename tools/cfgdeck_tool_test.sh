@@ -144,6 +144,11 @@ check "check reports each damaged file" \
 check "check with problems exits 1" 1 "$status"
 run "${cfg[@]}" check Sessions/Nowhere
 check "check of a missing key is refused" 1 "$status"
+printf 'torn journal' > "$scratch/config/Sessions/Lab/router1.ini-journal"
+run "${cfg[@]}" check Sessions/Lab
+check "check reports and drops the journal of a save that died before its cut" \
+  $'Sessions\\Lab\\router1: a journal cut short before its save began was dropped\n3 keys, 14 values, 0 problems\n' "$out"
+[[ ! -e "$scratch/config/Sessions/Lab/router1.ini-journal" ]]; check "the torn journal is gone" 0 $?
 
 # ---- the global record and the product ----
 run "${cfg[@]}" global

@@ -212,6 +212,20 @@ NStatus NPosixPlatform::RemoveFolder(std::u16string_view path) {
   return Failure("remove folder", path, systemPath);
 }
 
+NStatus NPosixPlatform::SyncFolder(std::u16string_view path) {
+  std::string systemPath;
+  if (!ToSystemPath(path, &systemPath)) return NStatus::Error(NStatus::kInvalidParameter, "sync folder", path);
+  const int fd = ::open(systemPath.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (fd == -1) return Failure("sync folder", path, systemPath);
+  int result;
+  do {
+    result = ::fsync(fd);
+  } while (result == -1 && errno == EINTR);
+  const int error = errno;
+  ::close(fd);
+  return result == 0 ? NStatus::Ok() : Failure("sync folder", path, error);
+}
+
 namespace {
 
 // Lists the folder open on `fd` and closes it. getdents64 straight away:

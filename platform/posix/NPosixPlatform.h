@@ -11,6 +11,7 @@ class NPosixPlatform final : public NPlatform {
   NStatus MoveFile(std::u16string_view from, std::u16string_view to) override;
   NStatus CreateFolder(std::u16string_view path, NFileSecurity security) override;
   NStatus RemoveFolder(std::u16string_view path) override;
+  NStatus SyncFolder(std::u16string_view path) override;
   NStatus ListFolder(std::u16string_view path, std::vector<NFolderEntry>* entries) override;
   NStatus ListFolderWithoutLinks(std::u16string_view path, std::vector<NFolderEntry>* entries) override;
   bool GetFolderStamp(std::u16string_view path, NFolderStamp* stamp) override;

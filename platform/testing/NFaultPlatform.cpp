@@ -159,6 +159,10 @@ NStatus NFaultPlatform::RemoveFolder(std::u16string_view path) {
   return Guarded(NFaultKind::kRemoveFolder, path, [&] { return Target().RemoveFolder(path); });
 }
 
+NStatus NFaultPlatform::SyncFolder(std::u16string_view path) {
+  return Guarded(NFaultKind::kSync, path, [&] { return Target().SyncFolder(path); });
+}
+
 NStatus NFaultPlatform::ListFolder(std::u16string_view path, std::vector<NFolderEntry>* entries) {
   return Guarded(NFaultKind::kListFolder, path, [&] { return Target().ListFolder(path, entries); });
 }

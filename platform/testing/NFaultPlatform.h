@@ -76,6 +76,8 @@ class NFaultPlatform : public NForwardingPlatform {
   NStatus MoveFile(std::u16string_view from, std::u16string_view to) override;
   NStatus CreateFolder(std::u16string_view path, NFileSecurity security) override;
   NStatus RemoveFolder(std::u16string_view path) override;
+  // Counted and failed as a kSync.
+  NStatus SyncFolder(std::u16string_view path) override;
   NStatus ListFolder(std::u16string_view path, std::vector<NFolderEntry>* entries) override;
   NStatus ListFolderWithoutLinks(std::u16string_view path, std::vector<NFolderEntry>* entries) override;
 
