@@ -5,48 +5,64 @@
 #include <atomic>
 #include <stdexcept>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 #include "printing/NPrinterTestDoubles.h"
 
 namespace {
 
-constexpr std::uint64_t kLongTimeout = 600000;  // never reached by a test
-const std::string kSucceeded = "Printer initialization succeeded\r\n";
-const std::string kFailed = "Printer initialization failed\r\n";
-const std::string kTimedOut = "Printer initialization timed out\r\n";
-const std::string kInitializing = "Initializing printer\r\n";
+using enum NPrinterStartup::State;
 
-std::string StatusText(const NPrinterStartup& startup) { return startup.GetStatus().GetText().ToUtf8(); }
+constexpr std::uint64_t kLong = 600000;  // never reached by a test
+const std::string kSucceededText = "Printer initialization succeeded\r\n";
+const std::string kFailedText = "Printer initialization failed\r\n";
+const std::string kTimedOutText = "Printer initialization timed out\r\n";
+const std::string kInitializingText = "Initializing printer\r\n";
+const std::string kDetailText = "Printer initialization failed: CUPS destinations: Bad file descriptor\r\n";
+const std::string kHibernateText = "The computer is about to hibernate. Printer functionality is being suspended.\r\n";
+const std::string kSkeldonText =
+    "The change to the Configuration Folder will take effect the next time you start Skeldon.\r\n";
 
-// A failure detail the way a back end reports one.
-NReportMessageParams CupsFailure() {
-  NReportMessageParams params(0xE1380208);
-  params.AddArgument(u"Bad file descriptor");
+// Made afresh for each use: threads must not share one lazily resolved text.
+NReportMessageParams Message(std::uint32_t code, std::u16string_view argument = {}) {
+  NReportMessageParams params(code);
+  if (!argument.empty()) params.AddArgument(argument);
   return params;
 }
+// A failure detail the way a back end reports one.
+NReportMessageParams CupsFailure() { return Message(0xE1380208, u"Bad file descriptor"); }
+NReportMessageParams Hibernate() { return Message(kMsgPrinterSuspendedForHibernation); }
 
-class NPrinterStartupTest : public testing::Test {
- protected:
-  void TearDown() override {
-    // No thread stays blocked in a probe, and none that returns after the
-    // test looks anything up while the process may be exiting.
+// What the notifier was told: the result, the status's code and text, and
+// whether on the test's own thread.
+using Words = std::vector<std::tuple<bool, std::uint32_t, std::string, bool>>;
+
+// A start-up with a probe the test releases and a notifier that records.
+struct Harness {
+  // No thread stays blocked in a probe, and none that returns afterwards
+  // looks anything up while the process may be exiting.
+  ~Harness() {
     if (startup) startup->Abandon();
     gate->Open(true);
   }
 
-  // Waits until the object's shares come to `count`: the test's own, and
-  // one for each thread still running. A watchdog holds its share until its
-  // timeout has passed, so with long timeouts this counts the starts.
+  void Start(std::uint64_t timeout = kLong) { startup->Initialize(timeout, gate->Probe(), log->Notifier()); }
+  std::string Status() const { return startup->GetStatus().GetText().ToUtf8(); }
+  // The notifier's words from the `first`th on.
+  Words Told(std::size_t first = 0) const {
+    const auto calls = log->Calls();
+    Words words;
+    for (std::size_t i = first; i < calls.size(); ++i) {
+      words.emplace_back(calls[i].succeeded, calls[i].code, calls[i].text,
+                         calls[i].thread == std::this_thread::get_id());
+    }
+    return words;
+  }
+  // The harness's own share and one for each thread still running; with
+  // long timeouts the watchdogs' shares count the starts.
   bool SharesSettleAt(long count) {
     return NEventually([&] { return startup.use_count() == count; });
-  }
-
-  void StartAndSucceed() {
-    startup->Initialize(kLongTimeout, gate->Probe(), log->Notifier());
-    gate->Open(true);
-    ASSERT_TRUE(log->WaitForCalls(1));
-    ASSERT_EQ(startup->GetState(), NPrinterStartup::kSucceeded);
   }
 
   std::shared_ptr<NPrinterStartup> startup = NPrinterStartup::Create();
@@ -54,244 +70,128 @@ class NPrinterStartupTest : public testing::Test {
   std::shared_ptr<NNotifierLog> log = NNotifierLog::Create();
 };
 
+class NPrinterStartupTest : public testing::Test, protected Harness {};
+
 TEST_F(NPrinterStartupTest, BeforeInitializeNothingRuns) {
-  EXPECT_EQ(startup->GetState(), NPrinterStartup::kSuspended);
-  EXPECT_EQ(startup->GetStatus().GetCode(), kMsgPrinterPreparing);
-  EXPECT_EQ(StatusText(*startup), "Preparing to initialize printer\r\n");
   startup->Resume();
-  startup->Suspend(NReportMessageParams(kMsgPrinterSuspendedForHibernation));
-  EXPECT_EQ(startup->GetState(), NPrinterStartup::kSuspended);
+  startup->Suspend(Hibernate());
+  EXPECT_EQ(startup->GetState(), kSuspended);
   EXPECT_EQ(startup->GetStatus().GetCode(), kMsgPrinterPreparing);
+  EXPECT_EQ(Status(), "Preparing to initialize printer\r\n");
   EXPECT_EQ(startup.use_count(), 1) << "no thread was started";
   // Without a probe there is nothing to remember, so a later call starts.
-  startup->Initialize(kLongTimeout, nullptr, log->Notifier());
-  EXPECT_EQ(startup->GetState(), NPrinterStartup::kSuspended);
-  startup->Initialize(kLongTimeout, gate->Probe(), log->Notifier());
-  EXPECT_EQ(startup->GetState(), NPrinterStartup::kInitializing);
+  startup->Initialize(kLong, nullptr, log->Notifier());
+  EXPECT_EQ(startup->GetState(), kSuspended);
+  Start();
+  EXPECT_EQ(startup->GetState(), kInitializing);
 }
 
-TEST_F(NPrinterStartupTest, ProbeThatSucceeds) {
-  startup->Initialize(kLongTimeout, gate->Probe(), log->Notifier());
-  ASSERT_TRUE(gate->WaitForCalls(1));
-  EXPECT_EQ(startup->GetState(), NPrinterStartup::kInitializing);
-  EXPECT_EQ(StatusText(*startup), kInitializing);
-  gate->Open(true);
-  ASSERT_TRUE(log->WaitForCalls(1));
-  EXPECT_EQ(startup->GetState(), NPrinterStartup::kSucceeded);
-  EXPECT_EQ(StatusText(*startup), kSucceeded);
-  ASSERT_TRUE(SharesSettleAt(2)) << "the worker has ended, the watchdog waits on";
-  const auto calls = log->Calls();
-  ASSERT_EQ(calls.size(), 1u);
-  EXPECT_TRUE(calls[0].succeeded);
-  EXPECT_EQ(calls[0].code, kMsgPrinterInitSucceeded);
-  EXPECT_EQ(calls[0].text, kSucceeded);
-  EXPECT_NE(calls[0].thread, std::this_thread::get_id()) << "the worker tells";
-}
-
-TEST_F(NPrinterStartupTest, ProbeThatFailsWithADetailShowsBoth) {
-  startup->Initialize(kLongTimeout, gate->Probe(), log->Notifier());
-  gate->Open(false, CupsFailure());
-  ASSERT_TRUE(log->WaitForCalls(1));
-  const std::string expected = "Printer initialization failed: CUPS destinations: Bad file descriptor\r\n";
-  EXPECT_EQ(startup->GetState(), NPrinterStartup::kFailed);
-  EXPECT_EQ(startup->GetStatus().GetCode(), kMsgPrinterStatusDetail);
-  EXPECT_EQ(StatusText(*startup), expected);
-  const auto calls = log->Calls();
-  ASSERT_EQ(calls.size(), 1u);
-  EXPECT_FALSE(calls[0].succeeded);
-  EXPECT_EQ(calls[0].text, expected);
-}
-
-TEST_F(NPrinterStartupTest, ProbeWithoutAnythingToSayFailsPlainly) {
-  // "Status information unavailable", no message at all, and an exception.
-  const std::vector<NPrinterStartup::Probe> probes = {
-      [](NReportMessageParams& params) {
-        params.SetCode(kMsgPrinterStatusUnavailable);
-        return false;
-      },
-      [](NReportMessageParams&) { return false; },
-      [](NReportMessageParams& params) -> bool {
-        params.SetCode(0xE1380208);
-        throw std::runtime_error("back end crashed");
-      },
+// However and whenever the probe ends, its result becomes the status and the
+// worker tells it; the watchdog declares a time-out without a word, and
+// abandoned threads end without one.
+TEST_F(NPrinterStartupTest, ProbesResultIsTheStatusAndTheWorkerTellsIt) {
+  enum Ending { kSucceeds, kFails, kThrows };
+  // The probe's ending and what it says as it ends, then the status.
+  const std::tuple<const char*, std::uint64_t, Ending, NReportMessageParams, std::uint32_t, std::string> rows[] = {
+      {"success", kLong, kSucceeds, {}, kMsgPrinterInitSucceeded, kSucceededText},
+      {"failure with a detail shows both", kLong, kFails, CupsFailure(), kMsgPrinterStatusDetail, kDetailText},
+      // Nothing worth showing beside the failure.
+      {"status unavailable", kLong, kFails, Message(kMsgPrinterStatusUnavailable), kMsgPrinterInitFailed, kFailedText},
+      {"no message", kLong, kFails, {}, kMsgPrinterInitFailed, kFailedText},
+      {"exception", kLong, kThrows, CupsFailure(), kMsgPrinterInitFailed, kFailedText},
+      // A late result still counts; only abandoned threads leave the time-out standing.
+      {"late success", 50, kSucceeds, {}, kMsgPrinterInitSucceeded, kSucceededText},
+      {"late failure", 20, kFails, CupsFailure(), kMsgPrinterStatusDetail, kDetailText},
+      {"timeout zero, late success", 0, kSucceeds, {}, kMsgPrinterInitSucceeded, kSucceededText},
+      {"abandoned after the time-out", 0, kSucceeds, {}, kMsgPrinterInitTimedOut, kTimedOutText},
   };
-  for (std::size_t i = 0; i < probes.size(); ++i) {
-    const auto each = NPrinterStartup::Create();
-    const auto calls = NNotifierLog::Create();
-    each->Initialize(kLongTimeout, probes[i], calls->Notifier());
-    ASSERT_TRUE(calls->WaitForCalls(1)) << i;
-    EXPECT_EQ(each->GetState(), NPrinterStartup::kFailed) << i;
-    EXPECT_EQ(each->GetStatus().GetCode(), kMsgPrinterInitFailed) << i;
-    EXPECT_EQ(calls->Calls()[0].text, kFailed) << i;
+  for (const auto& [name, timeout, ending, said, code, text] : rows) {
+    SCOPED_TRACE(name);
+    Harness run;
+    const auto probe = [gated = run.gate->Probe(), ending, said](NReportMessageParams& params) {
+      gated(params);
+      params = said;
+      if (ending == kThrows) throw std::runtime_error("back end crashed");
+      return ending == kSucceeds;
+    };
+    run.startup->Initialize(timeout, probe, run.log->Notifier());
+    // The probe may start only after a time-out; it is held until released.
+    const bool timesOut = timeout != kLong;
+    const bool abandon = code == kMsgPrinterInitTimedOut;
+    ASSERT_TRUE(run.gate->WaitForCalls(1));
+    ASSERT_TRUE(NEventually([&] { return run.startup->GetState() == (timesOut ? kFailed : kInitializing); }));
+    EXPECT_EQ(run.Status(), timesOut ? kTimedOutText : kInitializingText);
+    EXPECT_EQ(run.Told(), Words());
+    if (abandon) run.startup->Abandon();
+    run.gate->Open(true);
+    ASSERT_TRUE(run.SharesSettleAt(timesOut ? 1 : 2)) << "the worker has ended; a long watchdog waits on";
+    const bool succeeded = ending == kSucceeds && !abandon;
+    EXPECT_EQ(run.startup->GetState(), succeeded ? kSucceeded : kFailed);
+    EXPECT_EQ(run.startup->GetStatus().GetCode(), code);
+    EXPECT_EQ(run.Status(), text);
+    EXPECT_EQ(run.Told(), (abandon ? Words() : Words{{succeeded, code, text, false}}));
   }
 }
 
-TEST_F(NPrinterStartupTest, ProbeHangingPastTheTimeoutThenSucceedingLate) {
-  startup->Initialize(50, gate->Probe(), log->Notifier());
-  ASSERT_TRUE(NEventually([&] { return startup->GetState() == NPrinterStartup::kFailed; }));
-  EXPECT_EQ(startup->GetStatus().GetCode(), kMsgPrinterInitTimedOut);
-  EXPECT_EQ(StatusText(*startup), kTimedOut);
-  EXPECT_FALSE(startup->GetState() == NPrinterStartup::kSucceeded);
-  EXPECT_TRUE(log->Calls().empty()) << "the watchdog does not notify";
-  gate->Open(true);
-  ASSERT_TRUE(log->WaitForCalls(1));
-  ASSERT_TRUE(SharesSettleAt(1));
-  EXPECT_EQ(startup->GetState(), NPrinterStartup::kSucceeded);
-  EXPECT_EQ(StatusText(*startup), kSucceeded);
-  const auto calls = log->Calls();
-  ASSERT_EQ(calls.size(), 1u);
-  EXPECT_TRUE(calls[0].succeeded);
-}
-
-TEST_F(NPrinterStartupTest, ProbeHangingPastTheTimeoutThenFailingLate) {
-  startup->Initialize(20, gate->Probe(), log->Notifier());
-  ASSERT_TRUE(NEventually([&] { return startup->GetState() == NPrinterStartup::kFailed; }));
-  EXPECT_EQ(StatusText(*startup), kTimedOut);
-  gate->Open(false, CupsFailure());
-  ASSERT_TRUE(log->WaitForCalls(1));
-  ASSERT_TRUE(SharesSettleAt(1));
-  EXPECT_EQ(startup->GetState(), NPrinterStartup::kFailed);
-  EXPECT_EQ(startup->GetStatus().GetCode(), kMsgPrinterStatusDetail);
-  EXPECT_EQ(log->Calls().size(), 1u);
-}
-
-TEST_F(NPrinterStartupTest, TimeoutZeroTimesOutAtOnceAndALateSuccessStillCounts) {
-  startup->Initialize(0, gate->Probe(), log->Notifier());
-  ASSERT_TRUE(NEventually([&] { return startup->GetState() == NPrinterStartup::kFailed; }));
-  EXPECT_EQ(StatusText(*startup), kTimedOut);
-  // The probe may start only after the time-out; it is held until released.
-  ASSERT_TRUE(gate->WaitForCalls(1));
-  EXPECT_EQ(startup->GetState(), NPrinterStartup::kFailed);
-  gate->Open(true);
-  ASSERT_TRUE(log->WaitForCalls(1));
-  EXPECT_EQ(startup->GetState(), NPrinterStartup::kSucceeded);
-  EXPECT_TRUE(log->Calls()[0].succeeded);
-}
-
-TEST_F(NPrinterStartupTest, ASecondInitializeDoesNothing) {
-  StartAndSucceed();
-  const auto otherGate = NProbeGate::Create();
-  otherGate->Open(false);
-  const auto otherLog = NNotifierLog::Create();
-  startup->Initialize(0, otherGate->Probe(), otherLog->Notifier());
-  EXPECT_EQ(startup->GetState(), NPrinterStartup::kSucceeded);
-  // Not even after a suspension: only Resume starts again.
-  startup->Suspend(NReportMessageParams(kMsgPrinterSuspendedForHibernation));
-  startup->Initialize(0, otherGate->Probe(), otherLog->Notifier());
-  EXPECT_EQ(startup->GetState(), NPrinterStartup::kSuspended);
-  // The remembered parameters are the first call's.
-  startup->Resume();
-  ASSERT_TRUE(log->WaitForCalls(3));
-  EXPECT_EQ(gate->Calls(), 2);
-  EXPECT_EQ(otherGate->Calls(), 0);
-  EXPECT_TRUE(otherLog->Calls().empty());
-  ASSERT_TRUE(SharesSettleAt(3)) << "two starts, each with its watchdog";
-}
-
-TEST_F(NPrinterStartupTest, SuspendWorksOnlyFromAFinishedState) {
-  const NReportMessageParams hibernate(kMsgPrinterSuspendedForHibernation);
-  // Initialising: nothing changes and nobody is told.
-  startup->Initialize(kLongTimeout, gate->Probe(), log->Notifier());
-  ASSERT_TRUE(gate->WaitForCalls(1));
-  startup->Suspend(hibernate);
-  EXPECT_EQ(startup->GetState(), NPrinterStartup::kInitializing);
-  EXPECT_EQ(StatusText(*startup), kInitializing);
-  EXPECT_TRUE(log->Calls().empty());
-  // Succeeded: suspended, with the reason as the status, told on this thread.
-  gate->Open(true);
-  ASSERT_TRUE(log->WaitForCalls(1));
-  startup->Suspend(hibernate);
-  EXPECT_EQ(startup->GetState(), NPrinterStartup::kSuspended);
-  EXPECT_EQ(StatusText(*startup), "The computer is about to hibernate. Printer functionality is being suspended.\r\n");
-  auto calls = log->Calls();
-  ASSERT_EQ(calls.size(), 2u);
-  EXPECT_FALSE(calls[1].succeeded);
-  EXPECT_EQ(calls[1].code, kMsgPrinterSuspendedForHibernation);
-  EXPECT_EQ(calls[1].thread, std::this_thread::get_id());
-  // Suspended: nothing again.
-  startup->Suspend(NReportMessageParams(kMsgPrinterInitFailed));
-  EXPECT_EQ(startup->GetStatus().GetCode(), kMsgPrinterSuspendedForHibernation);
-  EXPECT_EQ(log->Calls().size(), 2u);
-  // Failed: suspended and told, like a success.
-  gate->Close();
-  startup->Resume();
-  ASSERT_TRUE(gate->WaitForCalls(2));
-  gate->Open(false, CupsFailure());
-  ASSERT_TRUE(log->WaitForCalls(3));
-  EXPECT_EQ(startup->GetState(), NPrinterStartup::kFailed);
-  NReportMessageParams other(0x61380022);
-  other.AddArgument(u"Skeldon");
-  startup->Suspend(other);
-  EXPECT_EQ(startup->GetState(), NPrinterStartup::kSuspended);
-  EXPECT_EQ(startup->GetStatus().GetText(), other.GetText());
-  calls = log->Calls();
-  ASSERT_EQ(calls.size(), 4u);
-  EXPECT_FALSE(calls[3].succeeded);
-  EXPECT_EQ(calls[3].code, 0x61380022u);
-  EXPECT_EQ(calls[3].text,
-            "The change to the Configuration Folder will take effect the next time you start Skeldon.\r\n");
-}
-
-TEST_F(NPrinterStartupTest, ResumeRestartsFromEveryStateButInitializing) {
-  // Suspended after a success.
-  StartAndSucceed();
-  startup->Suspend(NReportMessageParams(kMsgPrinterSuspendedForHibernation));
-  gate->Close();
-  startup->Resume();
-  EXPECT_EQ(startup->GetState(), NPrinterStartup::kInitializing);
-  EXPECT_EQ(StatusText(*startup), kInitializing);
-  ASSERT_TRUE(gate->WaitForCalls(2));
-  // Initialising: a second Resume starts nothing.
-  startup->Resume();
-  gate->Open(false);
-  ASSERT_TRUE(log->WaitForCalls(3));
-  ASSERT_TRUE(SharesSettleAt(3)) << "two starts, each with its watchdog";
-  EXPECT_EQ(gate->Calls(), 2);
-  EXPECT_EQ(startup->GetState(), NPrinterStartup::kFailed);
-  // Failed: straight back to initialising.
-  gate->Close();
-  startup->Resume();
-  ASSERT_TRUE(gate->WaitForCalls(3));
-  gate->Open(true);
-  ASSERT_TRUE(log->WaitForCalls(4));
-  EXPECT_EQ(startup->GetState(), NPrinterStartup::kSucceeded);
-  // Succeeded: likewise.
-  gate->Close();
-  startup->Resume();
-  EXPECT_EQ(startup->GetState(), NPrinterStartup::kInitializing);
-  ASSERT_TRUE(gate->WaitForCalls(4));
-  gate->Open(true);
-  ASSERT_TRUE(log->WaitForCalls(5));
-  ASSERT_TRUE(SharesSettleAt(5));
-  const auto calls = log->Calls();
-  const std::vector<bool> results = {true, false, false, true, true};
-  ASSERT_EQ(calls.size(), results.size());
-  for (std::size_t i = 0; i < calls.size(); ++i) EXPECT_EQ(calls[i].succeeded, results[i]) << i;
-  EXPECT_EQ(calls[1].code, kMsgPrinterSuspendedForHibernation);
-  EXPECT_EQ(calls[2].text, kFailed);
+// Suspend ends only a finished start, and says so on its caller's thread;
+// Resume starts again, with the first parameters, unless a start is under
+// way; a second Initialize does nothing at all. A start under way runs to
+// its end.
+TEST_F(NPrinterStartupTest, LaterCallsFromEachState) {
+  enum Call { kSuspend, kResume };
+  // From, the call, then the state and the status right after it, and how
+  // many starts there have been in all.
+  const std::tuple<const char*, NPrinterStartup::State, Call, NPrinterStartup::State, std::string, int> rows[] = {
+      {"suspend while initialising", kInitializing, kSuspend, kInitializing, kInitializingText, 1},
+      {"suspend a success", kSucceeded, kSuspend, kSuspended, kSkeldonText, 1},
+      {"suspend a failure", kFailed, kSuspend, kSuspended, kSkeldonText, 1},
+      {"suspend again", kSuspended, kSuspend, kSuspended, kHibernateText, 1},
+      {"resume while initialising", kInitializing, kResume, kInitializing, kInitializingText, 1},
+      {"resume a suspension", kSuspended, kResume, kInitializing, kInitializingText, 2},
+      {"resume a failure", kFailed, kResume, kInitializing, kInitializingText, 2},
+      {"resume a success", kSucceeded, kResume, kInitializing, kInitializingText, 2},
+  };
+  for (const auto& [name, from, call, state, text, starts] : rows) {
+    SCOPED_TRACE(name);
+    Harness run, other;
+    run.Start();
+    ASSERT_TRUE(run.gate->WaitForCalls(1));
+    if (from != kInitializing) {
+      run.gate->Open(from != kFailed);
+      ASSERT_TRUE(run.log->WaitForCalls(1));
+    }
+    if (from == kSuspended) run.startup->Suspend(Hibernate());
+    const std::size_t before = run.Told().size();
+    run.gate->Close();
+    other.gate->Open(false);
+    run.startup->Initialize(0, other.gate->Probe(), other.log->Notifier());
+    if (call == kSuspend) run.startup->Suspend(Message(0x61380022, u"Skeldon"));
+    if (call == kResume) run.startup->Resume();
+    EXPECT_EQ(run.startup->GetState(), state);
+    EXPECT_EQ(run.Status(), text);
+    const bool told = call == kSuspend && state != from;
+    EXPECT_EQ(run.Told(before), (told ? Words{{false, 0x61380022u, kSkeldonText, true}} : Words()));
+    ASSERT_TRUE(run.gate->WaitForCalls(starts));
+    run.gate->Open(true);
+    ASSERT_TRUE(run.SharesSettleAt(1 + starts)) << "each start has its watchdog";
+    EXPECT_EQ(run.gate->Calls(), starts);
+    EXPECT_EQ(other.gate->Calls(), 0);
+    EXPECT_EQ(other.Told(), Words());
+    const Words finished{{true, kMsgPrinterInitSucceeded, kSucceededText, false}};
+    EXPECT_EQ(run.Told(before + (told ? 1 : 0)), state == kInitializing ? finished : Words());
+  }
 }
 
 TEST_F(NPrinterStartupTest, WorksWithoutANotifier) {
-  startup->Initialize(kLongTimeout, gate->Probe(), nullptr);
+  startup->Initialize(kLong, gate->Probe(), nullptr);
   gate->Open(true);
-  ASSERT_TRUE(NEventually([&] { return startup->GetState() == NPrinterStartup::kSucceeded; }));
-  startup->Suspend(NReportMessageParams(kMsgPrinterSuspendedForHibernation));
-  EXPECT_EQ(startup->GetState(), NPrinterStartup::kSuspended);
-}
-
-TEST_F(NPrinterStartupTest, AbandonedThreadsEndWithoutAWord) {
-  startup->Initialize(0, gate->Probe(), log->Notifier());
-  ASSERT_TRUE(NEventually([&] { return startup->GetState() == NPrinterStartup::kFailed; }));
-  startup->Abandon();
-  gate->Open(true);
-  ASSERT_TRUE(SharesSettleAt(1));
-  EXPECT_EQ(startup->GetState(), NPrinterStartup::kFailed);
-  EXPECT_EQ(StatusText(*startup), kTimedOut);
-  EXPECT_TRUE(log->Calls().empty());
+  ASSERT_TRUE(NEventually([&] { return startup->GetState() == kSucceeded; }));
+  startup->Suspend(Hibernate());
+  EXPECT_EQ(startup->GetState(), kSuspended);
 }
 
 TEST_F(NPrinterStartupTest, ThreadsKeepTheObjectAliveAfterItsOwnerLetsGo) {
-  startup->Initialize(kLongTimeout, gate->Probe(), log->Notifier());
+  Start();
   ASSERT_TRUE(gate->WaitForCalls(1));
   const std::weak_ptr<NPrinterStartup> watch = startup;
   startup.reset();
@@ -301,7 +201,6 @@ TEST_F(NPrinterStartupTest, ThreadsKeepTheObjectAliveAfterItsOwnerLetsGo) {
   EXPECT_TRUE(log->Calls()[0].succeeded);
   // The watchdog waits out its long timeout; the worker has let go.
   EXPECT_TRUE(NEventually([&] { return watch.use_count() <= 1; }));
-  startup = NPrinterStartup::Create();
 }
 
 TEST_F(NPrinterStartupTest, ConcurrentCallersSeeConsistentStates) {
@@ -312,27 +211,19 @@ TEST_F(NPrinterStartupTest, ConcurrentCallersSeeConsistentStates) {
   for (int t = 0; t < 4; ++t) {
     callers.emplace_back([&, t] {
       for (int i = 0; i < 200 && !stop; ++i) {
-        if ((i + t) % 3 == 0) startup->Suspend(NReportMessageParams(kMsgPrinterSuspendedForHibernation));
+        if ((i + t) % 3 == 0) startup->Suspend(Hibernate());
         if ((i + t) % 3 == 1) startup->Resume();
         const NPrinterStartup::State state = startup->GetState();
-        const std::uint32_t code = startup->GetStatus().GetCode();
-        if (state < NPrinterStartup::kSuspended || state > NPrinterStartup::kFailed) stop = true;
-        if (code == 0) stop = true;
+        if (state < kSuspended || state > kFailed || startup->GetStatus().GetCode() == 0) stop = true;
       }
     });
   }
   for (std::thread& caller : callers) caller.join();
   EXPECT_FALSE(stop) << "a state out of range or an empty status";
   ASSERT_TRUE(SharesSettleAt(1));
-  EXPECT_NE(startup->GetState(), NPrinterStartup::kInitializing);
+  EXPECT_NE(startup->GetState(), kInitializing);
   // Every word is one of the two kinds, and successes say so.
-  for (const NNotifierLog::Call& call : log->Calls()) {
-    if (call.succeeded) {
-      EXPECT_EQ(call.text, kSucceeded);
-    } else {
-      EXPECT_EQ(call.code, kMsgPrinterSuspendedForHibernation);
-    }
-  }
+  for (const auto& call : log->Calls()) EXPECT_EQ(call.text, call.succeeded ? kSucceededText : kHibernateText);
 }
 
 }  // namespace
