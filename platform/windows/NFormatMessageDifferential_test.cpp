@@ -18,7 +18,7 @@ namespace {
 enum class NArgKind { kText, kNumber };
 
 // Specs whose meaning Windows defines for the argument's kind ("": the plain
-// %k; "|" ends the spec, and text follows). Left out: specs Windows leaves
+// %k; "|" ends the format, and text follows). Left out: specs Windows leaves
 // undefined (floating point, %n), %k!c! of a text, widths beyond what a test
 // needs, and "*" widths, which take the width from the argument before.
 const std::u16string_view kTextSpecs[] = {u"", u"s", u"ls", u"ws", u"5s", u"-5s", u".2s"};
