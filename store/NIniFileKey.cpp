@@ -623,9 +623,7 @@ bool NIniFileKey::SubKeyExists(std::u16string_view name) const {
   if (!NFindKeyPath(platform, m_store.Root(), path.Parent(), u"", &parent)) return false;
   NUnicodeString fileName(path.Leaf());
   fileName += kKeyFileSuffix;
-  NUnicodeString journalName = fileName;
-  journalName += NKeyJournal::kSuffix;
-  const std::u16string_view names[] = {path.Leaf(), fileName, journalName};
+  const std::u16string_view names[] = {path.Leaf(), fileName};
   std::vector<NFolderEntry> matches;
   if (!NListIgnoringCase(platform, parent, names, &matches)) return false;
   return std::any_of(matches.begin(), matches.end(), [&path](const NFolderEntry& entry) {

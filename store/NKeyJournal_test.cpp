@@ -190,6 +190,28 @@ TEST_F(NKeyJournalTest, AReaderThatCannotSettleReadsTheOldBytesAndASaveSettlesLa
   EXPECT_EQ(password, u"old secret") << "the save started from the rolled-back bytes";
 }
 
+// A journal whose key file is gone (deleted by a program that knows nothing
+// of journals) makes no key: nothing lists it, finds it or settles it.
+TEST_F(NKeyJournalTest, AJournalWithoutItsKeyFileIsNoKey) {
+  const NKeyFiles old = OldFiles(false);
+  DieMidWrite("work", old.main, NewFiles(old, false).main, 10);
+  fs::remove(MainFile("work"));
+  auto store = MakeStore("work", false, NPlatform::Default());
+  NReportMessageParams params;
+  NKeyPath sessions;
+  ASSERT_TRUE(sessions.Append(u"Sessions"));
+  auto folder = NIniFileKey::Open(*store, sessions, true, params);
+  ASSERT_TRUE(folder) << params.GetText().ToUtf8();
+  EXPECT_FALSE(folder->SubKeyExists(u"lab"));
+  NUnicodeString name;
+  std::uint32_t kind = 0;
+  EXPECT_FALSE(folder->CreateIterator(false)->Next(&name, &kind)) << name.ToUtf8();
+  auto key = OpenKey(*store, params);
+  ASSERT_TRUE(key);
+  EXPECT_EQ(Dump(*key), "");
+  EXPECT_TRUE(fs::exists(JournalOf(MainFile("work"))));
+}
+
 #ifndef _WIN32
 // A real process saving a large key in a loop, killed with SIGKILL at
 // random moments: after every kill the next open finds one of the two
