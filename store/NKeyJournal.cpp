@@ -1,6 +1,5 @@
 #include "store/NKeyJournal.h"
 
-#include <cstring>
 #include <memory>
 
 #include "platform/NTerminationSignalGuard.h"
