@@ -28,42 +28,19 @@ NUnicodeString Text(const GlobalConfig& config, std::u16string_view name) {
   return field ? field->Describe().text : NUnicodeString();
 }
 
-TEST(GlobalConfigRecord, EachNameIsDeclaredOnceWithTheDefaultOfTheTable) {
+// A default of each kind of field; the rest are as declared.
+TEST(GlobalConfigRecord, EachNameIsDeclaredOnceAndDefaultsOfEachKindHold) {
   const GlobalConfig config(3);
-  const std::pair<std::u16string_view, std::int64_t> numbers[] = {
-      {u"Alt Selects Menu", 1}, {u"Check Shell Telnet Command", 1}, {u"Active Window Alpha Transparency", 255},
-      {u"Inactive Window Alpha Transparency", 255}, {u"Connected Color", 0x28C828}, {u"Disconnected Color", 0x0000FF},
-      {u"New Input Color", 0xFF0000}, {u"Locked Color", 0xAAAAAA}, {u"Background Connected Color", 0xAAFFAA},
-      {u"Background Disconnected Color", 0xAAAAFF}, {u"Background New Input Color", 0xFFC88C},
-      {u"Background Inactivity Color", 0xA0FFFF}, {u"Background Locked Color", 0xAAAAAA},
-      {u"Show Status Indicators", 1}, {u"Status Indicator Width", 2}, {u"Min Tab Width", 40},
-      {u"Close Button On Tabs", 1}, {u"Inactivity Timeout Value", 5000}, {u"Auto Reconnect Interval", 5},
-      {u"Show Menu Bar", 1}, {u"Show Status Bar", 1}, {u"Show Session Manager", 1}, {u"Show Connect Bar", 1},
-      {u"Show Session Tabs", 1}, {u"Max Chat Window History", 200}, {u"Hex View Buffer", 100},
-      {u"Max Scrollback Buffer Size", 128000}, {u"Vertical Scrollbar", 1}, {u"Save New Connect Entries", 1},
-      {u"Open Sessions In Tab", 1}, {u"View Left Margin", 3}, {u"MRU Count", 4}, {u"Script MRU Count", 10},
-      {u"Line Send Delay", 5}, {u"Limit Windows Taskbar Preview Thumbnails", 1}, {u"Zoom on Ctrl Scrollwheel", 1},
-      {u"HTTP Use Registry Entry", 1}, {u"New Session Uses Wizard", 1}, {u"Verify Retrieve File Status", 1},
-      {u"Retry Attempts", 20}, {u"Retry Delay", 10}, {u"Hide Dot Files", 1}, {u"Transfer View Number Style", 2},
-      {u"Display Folder Tree", 1}, {u"Display Log", 1}, {u"Prompt to Resume on Connect", 1},
-      {u"Log Topic Request Text Color", 0xFFFFFFFF}, {u"Log Topic Response Text Color", 0xFFFFFFFF},
-      {u"Log Topic Information Text Color", 0xFFFFFFFF}, {u"Log Topic Warning Text Color", 0xFFFFFFFF},
-      {u"Log Topic Error Text Color", 0xFFFFFFFF}, {u"Show Transfer Queue Window", 1},
-      {u"Transfer Queue Height", 150}, {u"Show Window Toolbar", 1}, {u"Keep Shared Memory Agent Open", 1},
-      {u"Maximum Parallel Transfers", 1}, {u"Refresh Delay", 900}, {u"Show Sessions Dialog", 1},
-      {u"Remote Edit Upload On Modify V2", 1}, {u"SKLD Firewall Migrated", 0}, {u"Right Click Popup Shown", 0},
-      {u"Show Toolbar", 0}, {u"Tftp Server Port", 0}};
+  const std::pair<std::u16string_view, std::int64_t> numbers[] = {{u"Alt Selects Menu", 1},
+                                                                  {u"Show Toolbar", 0},
+                                                                  {u"Connected Color", 0x28C828},
+                                                                  {u"Log Topic Error Text Color", 0xFFFFFFFF},
+                                                                  {u"Max Scrollback Buffer Size", 128000}};
   for (const auto& [name, expected] : numbers) {
     EXPECT_EQ(Number(config, name), expected) << NUnicodeString(name).ToUtf8();
   }
   const std::pair<std::u16string_view, std::u16string_view> texts[] = {
-      {u"Local ExplorerFrame State", u"1,-1,200"},      {u"Parrow Local Tab State", u"1,-1,200"},
-      {u"Remote ExplorerFrame State", u"1,1000,200"},   {u"Parrow Remote Tab State", u"1,1000,200"},
-      {u"Synchronize ExplorerFrame State", u"1,0,-1"},  {u"Session Options Tree Selected", u"Session+"},
-      {u"Global Options Tree State", u"1001000100"},    {u"Global Options Tree Selected", u"Global+"},
-      {u"Session Options Tree State", u"1010000101010010"}, {u"Hex View Font", u"Courier New"},
-      {u"Skeldon Tab State V2", u"1,1,0;"},             {u"Parrow Tab State V2", u"1,1,0;0"},
-      {u"Version", u""}};
+      {u"Parrow Tab State V2", u"1,1,0;0"}, {u"Hex View Font", u"Courier New"}, {u"Version", u""}};
   for (const auto& [name, expected] : texts) {
     EXPECT_EQ(Text(config, name), expected) << NUnicodeString(name).ToUtf8();
   }
@@ -149,7 +126,7 @@ TEST_F(GlobalConfigFolderTest, TabStateMigratesOnlyWhenTheNewNameIsAbsent) {
   EXPECT_EQ(GlobalConfig::ConvertTabState(u"1,0,1;5", u"1,1,0;0"), u"1,0,1;5");
 }
 
-TEST_F(GlobalConfigFolderTest, RememberedSessionsMigrateFromEitherOldForm) {
+TEST_F(GlobalConfigFolderTest, RememberedSessionsMigrateFromEitherOldFormAndOthersIgnoreTheirPredecessors) {
   auto key = m_folder.Key("Global");
   key->SetStringValue(u"Remembered Sessions List", u"Lab\\a;;Lab\\b");
   const auto fromText = Load(3, *key);
@@ -159,13 +136,10 @@ TEST_F(GlobalConfigFolderTest, RememberedSessionsMigrateFromEitherOldForm) {
   EXPECT_EQ(Load(3, *key)->m_rememberedSessions.Get(), NStringArray{u"x"});
   key->SetMultiStringValue(u"Remembered Sessions List V2", NStringArray{u"new"});
   EXPECT_EQ(Load(3, *key)->m_rememberedSessions.Get(), NStringArray{u"new"}) << "both present: the old one is ignored";
-  EXPECT_TRUE(Load(6, *key)->m_rememberedSessions.Get().empty()) << "the PRW list has no predecessor";
-}
-
-TEST_F(GlobalConfigFolderTest, RemoteEditUploadOnModifyIgnoresItsPredecessor) {
-  auto key = m_folder.Key("Global");
   key->SetDwordValue(u"Remote Edit Upload On Modify", 0);
-  EXPECT_TRUE(Load(6, *key)->m_remoteEditUploadOnModify.Get());
+  const auto transfer = Load(6, *key);
+  EXPECT_TRUE(transfer->m_rememberedSessions.Get().empty()) << "the PRW list has no predecessor";
+  EXPECT_TRUE(transfer->m_remoteEditUploadOnModify.Get()) << "nor has V2 of the upload switch";
 }
 
 TEST_F(GlobalConfigFolderTest, MissingGlobalKeyGivesTheDefaults) {

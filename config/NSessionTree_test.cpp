@@ -3,14 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <random>
 #include <string>
 #include <vector>
 
 #include "location/NStatusReport.h"
 #include "platform/NPlatform.h"
 #include "platform/testing/NFaultPlatform.h"
-#include "platform/testing/NTestFiles.h"
+#include "platform/testing/NTestFolder.h"
 #include "store/NIniFileStore.h"
 
 namespace {
@@ -29,24 +28,14 @@ void PrintTo(const Seen& seen, std::ostream* out) {
   *out << seen.path << (seen.isSession ? " session" : " folder") << (seen.hadKey ? " (key)" : "");
 }
 
-class NSessionTreeTest : public testing::Test {
+class NSessionTreeTest : public NTestFolderTest {
  protected:
-  void SetUp() override {
-    // Unique: other builds of the tree may run the same test at the same time.
-    m_root = fs::path(testing::TempDir()) /
-             ("cfgdeck_tree_" + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()) + "_" +
-              std::to_string(std::random_device()()));
-    fs::remove_all(m_root);
-    fs::create_directories(m_root);
-  }
-  void TearDown() override { fs::remove_all(m_root); }
-
   void Session(const std::string& path) {
-    NWriteFileBytes(m_root / (path + ".ini"),
-                    std::string(kBom) + "S:\"Hostname\"=h\r\nD:\"Is Session\"=00000001\r\nS:\"Username\"=u\r\n");
+    WriteText(path + ".ini",
+              std::string(kBom) + "S:\"Hostname\"=h\r\nD:\"Is Session\"=00000001\r\nS:\"Username\"=u\r\n");
   }
   void Values(const std::string& path, const std::string& records) {
-    NWriteFileBytes(m_root / (path + ".ini"), std::string(kBom) + records);
+    WriteText(path + ".ini", std::string(kBom) + records);
   }
 
   // Sessions at every depth to six, folder data keys at several levels,
@@ -72,7 +61,7 @@ class NSessionTreeTest : public testing::Test {
 
   std::vector<Seen> Walk(NPlatform& platform, NReportMessageParams& params, bool* complete,
                          const std::string& stopAt = {}) {
-    NIniFileStore store(NUnicodeString::FromUtf8(m_root.string()), NUnicodeString(), platform);
+    NIniFileStore store(NUnicodeString(m_folder.u16string()), NUnicodeString(), platform);
     std::unique_ptr<NProfileKey> root = store.OpenRootKey(true, params);
     EXPECT_TRUE(root);
     std::vector<Seen> seen;
@@ -88,7 +77,6 @@ class NSessionTreeTest : public testing::Test {
   }
   std::vector<Seen> Walk(NPlatform& platform = NPlatform::Default()) { return Walk(platform, m_params, &m_complete); }
 
-  fs::path m_root;
   bool m_stopped = false;
   NReportMessageParams m_params;
   bool m_complete = false;
@@ -146,7 +134,7 @@ TEST_F(NSessionTreeTest, TheVisitorStopsTheWalkAndANewWalkStartsAfresh) {
 TEST_F(NSessionTreeTest, NoSessionsKeyOrAnEmptyOneIsAnEmptyTree) {
   EXPECT_TRUE(Walk().empty());
   EXPECT_TRUE(m_complete);
-  fs::create_directories(m_root / "Sessions");
+  fs::create_directories(Native("Sessions"));
   Values("Sessions/__FolderData__", "D:\"Is Expanded\"=00000001\r\n");
   m_complete = false;
   EXPECT_TRUE(Walk().empty());

@@ -43,53 +43,17 @@ class SessionConfigTest : public testing::Test {
   NConfigTestFolder m_folder;
 };
 
-TEST_F(SessionConfigTest, TerminalValueNamesInDeclarationOrder) {
-  const std::u16string_view expected[] = {
-      u"Emulation", u"ANSI Color", u"Color Scheme Overrides Ansi Color", u"Default SCS", u"Use Global ANSI Colors",
-      u"ANSI Color RGB", u"Window Placement", u"Is Full Screen", u"Rows", u"Cols", u"Scrollback", u"Sync View Rows",
-      u"Sync View Cols", u"Resize Mode", u"Horizontal Scrollbar", u"Vertical Scrollbar", u"Foreground",
-      u"Background", u"Bold", u"Font Family", u"Font Size", u"Color Scheme", u"Normal Font v2", u"Narrow Font v2",
-      u"Use Narrow Font", u"Output Transformer Name", u"Use Unicode Line Drawing", u"Blinking Cursor",
-      u"Cursor Style", u"Use Cursor Color", u"Cursor Color", u"Map Delete", u"Map Backspace", u"Keymap Name",
-      u"Keymap Filename", u"Use Alternate Keyboard", u"Emacs Mode", u"Emacs Mode 8 Bit", u"Preserve Alt-Gr",
-      u"Keymap v3", u"Jump Scroll", u"Minimize Drawing While Jump Scrolling", u"Keypad Mode", u"Line Wrap",
-      u"Cursor Key Mode", u"Newline Mode", u"Enable 80-132 Column Switching",
-      u"Ignore 80-132 Column Switching When Maximized or Full Screen", u"Enable Cursor Key Mode Switching",
-      u"Enable Keypad Mode Switching", u"Enable Line Wrap Mode Switching", u"Enable Alternate Screen Switching",
-      u"WaitForStrings Ignores Color", u"SGR Zero Resets ANSI Color", u"SCO Line Wrap", u"Display Tab",
-      u"Display Tab String", u"Audio Bell", u"Visual Bell", u"Scroll To Clear", u"Close On Disconnect",
-      u"Clear On Disconnect", u"Scroll To Bottom On Output", u"Scroll To Bottom On Keypress", u"CUA Copy Paste",
-      u"Use Terminal Type", u"Terminal Type", u"Answerback", u"Use Answerback", u"Use Position", u"X Position",
-      u"X Position Relative Left", u"Y Position", u"Y Position Relative Top", u"Local Echo", u"Strip 8th Bit",
-      u"Shift Forces Local Mouse Operations", u"Ignore Window Title Change Requests",
-      u"Copy Translates ANSI Line Drawing Characters", u"Copy to clipboard as RTF and plain text",
-      u"Translate Incoming CR To CRLF", u"Dumb Terminal Ignores CRLF",
-      u"Use Symbolic Names For Non-Printable Characters", u"User Button Bar", u"User Button Bar Name",
-      u"Show Chat Window", u"User Font Map", u"User Line Drawing Map", u"Hard Reset on ESC c",
-      u"Ignore Shift Out Sequence"};
-  const TerminalConfig terminal;
-  ASSERT_EQ(terminal.Fields().size(), std::size(expected));
-  for (std::size_t i = 0; i < std::size(expected); ++i) EXPECT_EQ(terminal.Fields()[i]->Name(), expected[i]) << i;
-}
-
-TEST_F(SessionConfigTest, Defaults) {
-  const std::set<std::u16string_view> trueByDefault = {
-      u"Jump Scroll", u"Line Wrap", u"Enable Cursor Key Mode Switching", u"Enable Keypad Mode Switching",
-      u"Enable Line Wrap Mode Switching", u"Enable Alternate Screen Switching", u"SGR Zero Resets ANSI Color",
-      u"Audio Bell", u"Scroll To Clear", u"Scroll To Bottom On Output", u"Scroll To Bottom On Keypress",
-      u"X Position Relative Left", u"Y Position Relative Top", u"Shift Forces Local Mouse Operations",
-      u"Enable 80-132 Column Switching"};  // the default emulation, Xterm, switches columns
-  const TerminalConfig terminal;
-  for (const NProfileData* field : terminal.Fields()) {
-    const NFieldValue value = field->Describe();
-    if (value.kind != NFieldValue::Kind::kBoolean) continue;
-    EXPECT_EQ(value.boolean, trueByDefault.count(field->Name()) == 1) << NUnicodeString(field->Name()).ToUtf8();
-  }
-  EXPECT_EQ(terminal.m_keymapFilename.Get(), u"");
-  EXPECT_EQ(terminal.m_fontFamily.Get(), u"Lucida Console");
-  EXPECT_EQ(terminal.m_outputTransformerName.Get(), u"UTF-8");
+// The session's, the connection's and the terminal's values share one key.
+TEST_F(SessionConfigTest, EachNameIsDeclaredOnceAcrossTheKeyAndDefaultsOfEachKindHold) {
   const SessionConfig config;
-  EXPECT_EQ(config.m_monitorListenAddress.Get(), u"0.0.0.0:22");
+  std::set<std::u16string_view> names;
+  for (const NProfileData* field : config.AllFields()) {
+    EXPECT_TRUE(names.insert(field->Name()).second) << NUnicodeString(field->Name()).ToUtf8();
+  }
+  EXPECT_EQ(config.m_terminal.Fields().size(), 90u);
+  // The default emulation, Xterm, switches columns.
+  EXPECT_TRUE(config.m_terminal.m_enableColumnSwitching.Get());
+  EXPECT_EQ(config.m_terminal.m_fontFamily.Get(), u"Lucida Console");
   EXPECT_EQ(config.m_zmodemReceiveCommand.Get(), u"rz\r");
   EXPECT_EQ(config.m_scpShellPrompts.Get(), NStringArray{u"\"? \",0,\"\\n\""});
   EXPECT_TRUE(config.m_isSession.Get());

@@ -14,7 +14,7 @@
 #include "location/NReportMessageRouter.h"
 #include "platform/testing/NScopedEnvironment.h"
 #include "platform/testing/NSymbolicLink.h"
-#include "platform/testing/NTestFiles.h"
+#include "platform/testing/NTestFolder.h"
 #include "store/NIniFileStoreFactory.h"
 #include "store/NIniRegistry.h"
 #include "uicore/NAppName.h"
@@ -69,16 +69,14 @@ class ProbeRecorder final : public NRegistry {
   NRegistry& m_target;
 };
 
-class NConfigFolderTest : public testing::Test {
+class NConfigFolderTest : public NTestFolderTest {
  protected:
   void SetUp() override {
-    m_dir = fs::path(testing::TempDir()) /
-            ("cfgdeck_folder_" + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
-    fs::remove_all(m_dir);
-    fs::create_directories(m_dir);
+    NTestFolderTest::SetUp();
+    if (HasFatalFailure()) return;
     // The registry that NGetRegistry() opens, and the same folders opened directly.
-    m_registryDir.emplace("CFGDECK_REGISTRY_DIR", (m_dir / "registry").u16string());
-    m_registry.emplace(U16(m_dir / "registry/HKEY_CURRENT_USER"), U16(m_dir / "registry/HKEY_LOCAL_MACHINE"));
+    m_registryDir.emplace("CFGDECK_REGISTRY_DIR", (m_folder / "registry").u16string());
+    m_registry.emplace(U16(m_folder / "registry/HKEY_CURRENT_USER"), U16(m_folder / "registry/HKEY_LOCAL_MACHINE"));
     NResetRegistryBase();
     NSetAppName(u"Skeldon");
     g_traces = &m_traces;
@@ -92,14 +90,14 @@ class NConfigFolderTest : public testing::Test {
     NSetAppName(u"");
     NResetRegistryBase();
     m_registryDir.reset();
-    fs::remove_all(m_dir);
+    NTestFolderTest::TearDown();
   }
 
   // A configuration folder whose global file is `globalName` with the given
   // "Version", and optionally a redirect.
   fs::path MakeFolder(const std::string& name, std::string_view version, std::string_view redirect = {},
                       const std::string& globalName = "Global.ini") {
-    const fs::path folder = m_dir / name;
+    const fs::path folder = m_folder / name;
     NWriteFileBytes(folder / globalName, std::string(kBom) + "S:\"Version\"=" + std::string(version) + "\r\n");
     if (!redirect.empty()) {
       NWriteFileBytes(folder / "NSWRedirect.ini",
@@ -131,7 +129,6 @@ class NConfigFolderTest : public testing::Test {
     return names;
   }
 
-  fs::path m_dir;
   std::optional<NScopedEnvironment> m_registryDir;
   std::optional<NIniRegistry> m_registry;
   TraceRecorder m_traces;
@@ -140,29 +137,29 @@ class NConfigFolderTest : public testing::Test {
 using NRegistryBaseTest = NConfigFolderTest;
 
 TEST_F(NConfigFolderTest, UnderExeNeedsAGlobalFileInConfig) {
-  fs::create_directories(m_dir / "app" / "Config");
-  EXPECT_EQ(GetAppConfigPathUnderExe(U16(m_dir / "app").c_str()), u"");
-  NWriteFileBytes(m_dir / "app" / "Config" / "global.ini", "");
-  EXPECT_EQ(GetAppConfigPathUnderExe(U16(m_dir / "app").c_str()), U16(m_dir / "app" / "Config"));
+  fs::create_directories(m_folder / "app" / "Config");
+  EXPECT_EQ(GetAppConfigPathUnderExe(U16(m_folder / "app").c_str()), u"");
+  NWriteFileBytes(m_folder / "app" / "Config" / "global.ini", "");
+  EXPECT_EQ(GetAppConfigPathUnderExe(U16(m_folder / "app").c_str()), U16(m_folder / "app" / "Config"));
   // As copied from Windows, in another case: the folder as it is on disk,
   // where the file system tells cases apart.
-  NWriteFileBytes(m_dir / "copied" / "config" / "GLOBAL.INI", "");
-  const NUnicodeString copied = GetAppConfigPathUnderExe(U16(m_dir / "copied").c_str());
-  if (NFileSystemIgnoresCase(m_dir)) {
-    EXPECT_TRUE(copied.EqualsIgnoreCase(U16(m_dir / "copied" / "config"))) << copied.ToUtf8();
+  NWriteFileBytes(m_folder / "copied" / "config" / "GLOBAL.INI", "");
+  const NUnicodeString copied = GetAppConfigPathUnderExe(U16(m_folder / "copied").c_str());
+  if (NFileSystemIgnoresCase(m_folder)) {
+    EXPECT_TRUE(copied.EqualsIgnoreCase(U16(m_folder / "copied" / "config"))) << copied.ToUtf8();
   } else {
-    EXPECT_EQ(copied, U16(m_dir / "copied" / "config"));
+    EXPECT_EQ(copied, U16(m_folder / "copied" / "config"));
   }
   // A folder named like the file is no file.
-  fs::create_directories(m_dir / "odd" / "Config" / "global.ini");
-  EXPECT_EQ(GetAppConfigPathUnderExe(U16(m_dir / "odd").c_str()), u"");
+  fs::create_directories(m_folder / "odd" / "Config" / "global.ini");
+  EXPECT_EQ(GetAppConfigPathUnderExe(U16(m_folder / "odd").c_str()), u"");
   EXPECT_EQ(GetAppConfigPathUnderExe(nullptr), u"");
 }
 
 TEST_F(NConfigFolderTest, CommandLineFolderMustBeADirectory) {
-  const fs::path file = m_dir / "file.ini";
+  const fs::path file = m_folder / "file.ini";
   NWriteFileBytes(file, "x");
-  for (const fs::path& bad : {m_dir / "missing", file}) {
+  for (const fs::path& bad : {m_folder / "missing", file}) {
     NReportMessageParams params;
     NUnicodeString result;
     EXPECT_FALSE(CheckAppConfigPathCommandLine(U16(bad).c_str(), result, params));
@@ -173,11 +170,11 @@ TEST_F(NConfigFolderTest, CommandLineFolderMustBeADirectory) {
               "The folder specified using /F on the command line is not valid:\r\n\r\n'" + bad.string() + "'\r\n");
   }
 
-  const fs::path folder = m_dir / "my config";
+  const fs::path folder = m_folder / "my config";
   fs::create_directories(folder);
-  std::vector<std::u16string> given = {U16(folder), u"  \"" + U16(folder) + u"\" ", U16(m_dir / "." / "my config")};
+  std::vector<std::u16string> given = {U16(folder), u"  \"" + U16(folder) + u"\" ", U16(m_folder / "." / "my config")};
   // A link to the folder is resolved too, where the system can make one.
-  if (NMakeSymbolicLink(folder, m_dir / "link", true)) given.push_back(U16(m_dir / "link"));
+  if (NMakeSymbolicLink(folder, m_folder / "link", true)) given.push_back(U16(m_folder / "link"));
   for (const std::u16string& path : given) {
     NReportMessageParams params;
     NUnicodeString result;
@@ -192,7 +189,7 @@ TEST_F(NConfigFolderTest, RedirectAcceptsEmptyPathsNonConfigurationsAndCurrentFo
   EXPECT_TRUE(CheckAppConfigPathRedirect(true, &Report, empty));
   EXPECT_EQ(empty, u"");
 
-  const fs::path plain = m_dir / "plain";
+  const fs::path plain = m_folder / "plain";
   NWriteFileBytes(plain / "notes.txt", "");
   NWriteFileBytes(plain / "NSWRedirect.ini", std::string(kBom) + "S:\"New Config Path\"=/elsewhere\r\n");
   NUnicodeString path = U16(plain);
@@ -225,9 +222,9 @@ TEST_F(NConfigFolderTest, OldFolderWithARedirectIsReplacedAndReportedOnce) {
     EXPECT_EQ(GetAppConfigPath(u"Skeldon"), save ? u"/srv/new config" : u"");
   }
   // A folder holding only index files is a configuration too.
-  NWriteFileBytes(m_dir / "indexed" / "Sessions.IDX", "");
-  NWriteFileBytes(m_dir / "indexed" / "NSWRedirect.ini", std::string(kBom) + "S:\"New Config Path\"=/next\r\n");
-  NUnicodeString path = U16(m_dir / "indexed");
+  NWriteFileBytes(m_folder / "indexed" / "Sessions.IDX", "");
+  NWriteFileBytes(m_folder / "indexed" / "NSWRedirect.ini", std::string(kBom) + "S:\"New Config Path\"=/next\r\n");
+  NUnicodeString path = U16(m_folder / "indexed");
   EXPECT_TRUE(CheckAppConfigPathRedirect(false, nullptr, path));
   EXPECT_EQ(path, u"/next");
 }
@@ -271,7 +268,7 @@ TEST_F(NConfigFolderTest, SavedPathsAreReadBackAndTracedAndUnchangedOnesAreNotRe
   EXPECT_EQ(GetAppConfigPath(nullptr), u"");
 
   // Whether the file was written shows in its time.
-  const fs::path file = m_dir / "registry/HKEY_CURRENT_USER/SOFTWARE/Nerrin/Skeldon.ini";
+  const fs::path file = m_folder / "registry/HKEY_CURRENT_USER/SOFTWARE/Nerrin/Skeldon.ini";
   const auto old = fs::last_write_time(file) - std::chrono::hours(24);
   fs::last_write_time(file, old);
   SaveAppConfigPath(u"/srv/cfg", false);
@@ -286,7 +283,7 @@ TEST_F(NConfigFolderTest, SavedPathsAreReadBackAndTracedAndUnchangedOnesAreNotRe
 
 TEST_F(NConfigFolderTest, AFailedSaveIsTracedWithItsCodeAndReported) {
   // The product's key cannot be made where a file stands in for its folder.
-  NWriteFileBytes(m_dir / "registry/HKEY_CURRENT_USER/SOFTWARE/Nerrin/Skeldon", "");
+  NWriteFileBytes(m_folder / "registry/HKEY_CURRENT_USER/SOFTWARE/Nerrin/Skeldon", "");
   NReportMessageParams params;
   EXPECT_FALSE(NSaveAppConfigPath(u"/srv/cfg", true, params));
   EXPECT_NE(params.GetCode(), 0u);
@@ -298,7 +295,7 @@ TEST_F(NConfigFolderTest, AFailedSaveIsTracedWithItsCodeAndReported) {
 
 TEST_F(NConfigFolderTest, AlphaCopiesTheSharedFolderToTheApplicationsKey) {
   EXPECT_EQ(GetAppConfigPathAlpha(), u"");
-  EXPECT_FALSE(fs::exists(m_dir / "registry/HKEY_CURRENT_USER/SOFTWARE/Nerrin/Skeldon.ini"));
+  EXPECT_FALSE(fs::exists(m_folder / "registry/HKEY_CURRENT_USER/SOFTWARE/Nerrin/Skeldon.ini"));
   Remember(u"Global", u"D:\\Shared\\Config");
   EXPECT_EQ(GetAppConfigPathAlpha(), u"D:\\Shared\\Config");
   EXPECT_EQ(GetAppConfigPath(u"Skeldon"), u"D:\\Shared\\Config");
@@ -341,7 +338,7 @@ TEST_F(NRegistryBaseTest, TheFirstOfFourProbesThatOpensIsTheBase) {
     EXPECT_EQ(base.hive, expected[i].hive);
     EXPECT_EQ(base.path, expected[i].path);
     EXPECT_EQ(recorder.opened.size(), i + 1) << "probing stops at the base";
-    fs::remove_all(m_dir / "registry" / (expected[i].hive == kUser ? "HKEY_CURRENT_USER" : "HKEY_LOCAL_MACHINE") /
+    fs::remove_all(m_folder / "registry" / (expected[i].hive == kUser ? "HKEY_CURRENT_USER" : "HKEY_LOCAL_MACHINE") /
                    expected[i].removeAfter);
   }
   base = NFindRegistryBase(*m_registry);

@@ -9,7 +9,6 @@
 #include <map>
 #include <mutex>
 #include <optional>
-#include <random>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -22,7 +21,7 @@
 #include "platform/NPlatform.h"
 #include "platform/testing/NFaultPlatform.h"
 #include "platform/testing/NScopedEnvironment.h"
-#include "platform/testing/NTestFiles.h"
+#include "platform/testing/NTestFolder.h"
 #include "store/NIniFileStore.h"
 #include "store/NIniFileStoreFactory.h"
 #include "store/NProfileValueType.h"
@@ -119,18 +118,14 @@ Values ReadValues(NProfileKey& key) {
   return values;
 }
 
-class NPersonalDataMoverTest : public testing::Test {
+class NPersonalDataMoverTest : public NTestFolderTest {
  protected:
   void SetUp() override {
-    // Unique: other builds of the tree may run the same test at the same time.
-    m_dir = fs::path(testing::TempDir()) /
-            ("cfgdeck_personal_" + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()) + "_" +
-             std::to_string(std::random_device()()));
-    fs::remove_all(m_dir);
-    fs::create_directories(m_dir);
-    m_config = m_dir / "cfg";
-    m_personal = m_dir / "cfg.personal";
-    m_registryDir.emplace("CFGDECK_REGISTRY_DIR", (m_dir / "registry").u16string());
+    NTestFolderTest::SetUp();
+    if (HasFatalFailure()) return;
+    m_config = m_folder / "cfg";
+    m_personal = m_folder / "cfg.personal";
+    m_registryDir.emplace("CFGDECK_REGISTRY_DIR", (m_folder / "registry").u16string());
     NResetRegistryBase();
     NSetAppName(u"Skeldon");
     g_traces = &m_traces;
@@ -147,7 +142,7 @@ class NPersonalDataMoverTest : public testing::Test {
     NSetAppName(u"");
     NResetRegistryBase();
     m_registryDir.reset();
-    fs::remove_all(m_dir);
+    NTestFolderTest::TearDown();
   }
 
   static std::unique_ptr<NRegistryKey> ProductKey(std::u16string_view product) {
@@ -348,7 +343,6 @@ class NPersonalDataMoverTest : public testing::Test {
     return options;
   }
 
-  fs::path m_dir;
   fs::path m_config;
   fs::path m_personal;
   TraceRecorder m_traces;
@@ -437,8 +431,8 @@ TEST_F(NPersonalDataFolderTest, SettersWriteUnderTheApplicationsKeyAndTraceEachS
 
 TEST_F(NPersonalDataFolderTest, AFailedSaveIsTracedWithTheSystemErrorAndReported) {
   // The registry folder is a file: no key can be made under it.
-  NWriteFileBytes(m_dir / "blocked", "x");
-  NScopedEnvironment blocked("CFGDECK_REGISTRY_DIR", (m_dir / "blocked").u16string());
+  NWriteFileBytes(m_folder / "blocked", "x");
+  NScopedEnvironment blocked("CFGDECK_REGISTRY_DIR", (m_folder / "blocked").u16string());
   NResetRegistryBase();
   NReportMessageParams params;
   EXPECT_FALSE(NSaveDoPersonalDataMigration(true, false, params));
@@ -621,7 +615,7 @@ TEST_F(NPersonalDataMoverTest, KeysMatchWithoutCaseAndEmptyPrivateFilesNeedNoSes
 TEST_F(NPersonalDataMoverTest, TheSameFolderOrOneInsideTheConfigurationIsRefused) {
   MakeConfig();
   const Files before = Bytes(m_config);
-  for (const fs::path& personal : {m_config, m_dir / "." / "cfg" / "", m_config / "private"}) {
+  for (const fs::path& personal : {m_config, m_folder / "." / "cfg" / "", m_config / "private"}) {
     SCOPED_TRACE(personal.string());
     NPersonalDataMover mover(U16(m_config), U16(personal), NPlatform::Default());
     NReportMessageParams params;
@@ -635,7 +629,7 @@ TEST_F(NPersonalDataMoverTest, TheSameFolderOrOneInsideTheConfigurationIsRefused
   }
   EXPECT_EQ(Bytes(m_config), before);
   // Beside it, with a name that merely begins like it, is fine.
-  NPersonalDataMover beside(U16(m_config), U16(m_dir / "cfg2"), NPlatform::Default());
+  NPersonalDataMover beside(U16(m_config), U16(m_folder / "cfg2"), NPlatform::Default());
   NReportMessageParams params;
   EXPECT_TRUE(beside.Migrate(params)) << params.GetText().ToUtf8();
 }
@@ -654,7 +648,7 @@ TEST_F(NPersonalDataMoverTest, AMergeWithoutAPersonalDataFolderHasNothingToDoAnd
 TEST_F(NPersonalDataMoverTest, AFailedRunIsShownInAMessageBoxAndKeepsItsFlag) {
   SaveDoPersonalDataMigration(true, false);
   // The factory names a configuration folder that does not exist.
-  UseFactory(m_dir / "missing", m_personal);
+  UseFactory(m_folder / "missing", m_personal);
   MigrateToPersonalDataLocation();
   EXPECT_TRUE(DoPersonalDataMigration(u"Skeldon"));
   const std::vector<NShownMessageBox> shown = NShownMessageBoxes();

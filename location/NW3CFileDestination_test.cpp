@@ -2,12 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
 #include "location/NLogEvent.h"
 #include "location/NReportMessageParams.h"
 #include "platform/NForwardingPlatform.h"
-#include "platform/testing/NTestFiles.h"
+#include "platform/testing/NTestFolder.h"
 
 namespace {
 
@@ -29,27 +27,18 @@ class FixedClockPlatform final : public NForwardingPlatform {
   std::uint64_t CurrentFileTime() override { return kEventTime + 3 * kSecond; }
 };
 
-class W3CTest : public testing::Test {
+class W3CTest : public NTestFolderTest {
  protected:
-  void SetUp() override {
-    m_folder = std::filesystem::path(testing::TempDir()) /
-               ("cfgdeck_w3c_" + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
-    std::filesystem::remove_all(m_folder);
-  }
-  void TearDown() override { std::filesystem::remove_all(m_folder); }
-
   NUnicodeString Folder() const { return NUnicodeString::FromUtf8(m_folder.string()); }
-  std::string Read(const std::string& name) const { return NReadFileBytes(m_folder / name); }
 
   // The whole file that the event begins.
   std::string FileFor(NLogEvent& event) {
     NW3CFileDestination destination(u"Parrow", Folder(), {}, m_platform);
     NReportMessageParams params;
     EXPECT_TRUE(destination.WriteEvent(event, params)) << params.GetText().ToUtf8();
-    return Read("20261121.log");
+    return ReadText("20261121.log");
   }
 
-  std::filesystem::path m_folder;
   FixedClockPlatform m_platform;
 };
 
@@ -101,18 +90,18 @@ TEST_F(W3CTest, ANewFileEachDayAndAppendsWithinADay) {
   // Events with nothing but their time.
   const std::string rest = " Parrow Severe - - 0    0 0 0 0 - 0 \"\"\n";
   const std::string first = "2026-11-21 05:06:07" + rest;
-  EXPECT_EQ(Read("ftp-20261121.log"), std::string(kHeader) + first + first);
-  EXPECT_EQ(Read("ftp-20261122.log"), std::string(kHeader) + "2026-11-22 05:06:07" + rest);
+  EXPECT_EQ(ReadText("ftp-20261121.log"), std::string(kHeader) + first + first);
+  EXPECT_EQ(ReadText("ftp-20261122.log"), std::string(kHeader) + "2026-11-22 05:06:07" + rest);
   // A new destination on an existing file appends without a second header.
   NW3CFileDestination again(u"Parrow", Folder(), NUnicodeString(u"ftp-"), m_platform);
   event.SetTime(kEventTime);
   ASSERT_TRUE(again.WriteEvent(event, params));
-  EXPECT_EQ(Read("ftp-20261121.log"), std::string(kHeader) + first + first + first);
+  EXPECT_EQ(ReadText("ftp-20261121.log"), std::string(kHeader) + first + first + first);
 }
 
 TEST_F(W3CTest, FailureNamesTheFile) {
-  NWriteFileBytes(m_folder / "blocker", "x");
-  NW3CFileDestination destination(u"Parrow", NUnicodeString::FromUtf8((m_folder / "blocker").string()), {}, m_platform);
+  WriteText("blocker", "x");
+  NW3CFileDestination destination(u"Parrow", NUnicodeString(Path("blocker")), {}, m_platform);
   NReportMessageParams params;
   NLogEvent event;
   EXPECT_FALSE(destination.WriteEvent(event, params));

@@ -13,7 +13,7 @@
 #include "location/NReportMessageParams.h"
 #include "platform/NForwardingPlatform.h"
 #include "platform/testing/NSymbolicLink.h"
-#include "platform/testing/NTestFiles.h"
+#include "platform/testing/NTestFolder.h"
 #include "store/NFolderListingCache.h"
 #include "store/NIniFileKey.h"
 #include "store/NIniFileKeyIterator.h"
@@ -63,16 +63,14 @@ class CountingPlatform final : public NForwardingPlatform {
   std::int64_t later = std::chrono::nanoseconds(std::chrono::seconds(3)).count();
 };
 
-class NFindIgnoringCaseTest : public testing::Test {
+class NFindIgnoringCaseTest : public NTestFolderTest {
  protected:
   void SetUp() override {
-    m_base = fs::path(testing::TempDir()) /
-             ("cfgdeck_case_" + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
-    fs::remove_all(m_base);
-    m_root = m_base / "root";
+    NTestFolderTest::SetUp();
+    if (HasFatalFailure()) return;
+    m_root = m_folder / "root";
     fs::create_directories(m_root);
   }
-  void TearDown() override { fs::remove_all(m_base); }
 
   NIniFileStore& Store(bool withPrivate = false) {
     if (!m_store) {
@@ -80,7 +78,7 @@ class NFindIgnoringCaseTest : public testing::Test {
       options.syncOnSave = false;
       m_store = std::make_unique<NIniFileStore>(
           NUnicodeString(m_root.u16string()),
-          withPrivate ? NUnicodeString((m_base / "personal").u16string()) : NUnicodeString(), m_platform, options);
+          withPrivate ? NUnicodeString((m_folder / "personal").u16string()) : NUnicodeString(), m_platform, options);
     }
     return *m_store;
   }
@@ -138,7 +136,7 @@ class NFindIgnoringCaseTest : public testing::Test {
     return m_platform.GetFolderStamp(Folder(), &stamp);
   }
 
-  fs::path m_base, m_root;
+  fs::path m_root;
   CountingPlatform m_platform;
   std::unique_ptr<NIniFileStore> m_store;
 };
@@ -174,13 +172,13 @@ TEST_F(NFindIgnoringCaseTest, SavesRewriteTheExistingFileAndNewFilesTakeTheKeysS
 TEST_F(NFindIgnoringCaseTest, ThePrivateHalfIsFoundByCaseToo) {
   Store(true);
   Write("sessions/s.ini", "S:\"Hostname\"=h\r\n");
-  NWriteFileBytes(m_base / "personal/Sessions/S.ini", Bom("S:\"Password V2\"=secret\r\n"));
+  NWriteFileBytes(m_folder / "personal/Sessions/S.ini", Bom("S:\"Password V2\"=secret\r\n"));
   auto key = Open(u"Sessions\\s");
   EXPECT_EQ(String(*key, u"Password V2"), u"secret");
   ASSERT_TRUE(key->SetStringValue(u"Password V2", u"changed"));
   ASSERT_TRUE(key->Flush());
-  EXPECT_EQ(Listed(m_base / "personal/Sessions"), Names{"S.ini"});
-  EXPECT_EQ(NReadFileBytes(m_base / "personal/Sessions/S.ini"), Bom("S:\"Password V2\"=changed\r\n"));
+  EXPECT_EQ(Listed(m_folder / "personal/Sessions"), Names{"S.ini"});
+  EXPECT_EQ(NReadFileBytes(m_folder / "personal/Sessions/S.ini"), Bom("S:\"Password V2\"=changed\r\n"));
   EXPECT_EQ(Listed(m_root / "sessions"), Names{"s.ini"});
 }
 
@@ -209,7 +207,7 @@ TEST_F(NFindIgnoringCaseTest, TheExactPathListsNoFolder) {
 }
 
 TEST_F(NFindIgnoringCaseTest, SymbolicLinksAreNeverChosenByCase) {
-  const fs::path outside = m_base / "outside";
+  const fs::path outside = m_folder / "outside";
   NWriteFileBytes(outside / "secret.ini", Bom("S:\"Password\"=outside\r\n"));
   if (!NMakeSymbolicLink(outside, m_root / "SESSIONS", true) ||
       !NMakeSymbolicLink(outside / "secret.ini", m_root / "GLOBAL.ini", false)) {

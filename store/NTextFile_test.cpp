@@ -2,21 +2,17 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <memory>
-#include <random>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <vector>
 
 #include "platform/NPlatform.h"
 #include "platform/NUnicode.h"
-#include "platform/testing/NTestFiles.h"
+#include "platform/testing/NTestFolder.h"
 
 namespace {
 
-namespace fs = std::filesystem;
 using Encoding = NTextFile::Encoding;
 
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";   // U+FFFD in UTF-8
@@ -189,31 +185,9 @@ TEST(NTextFileTest, EncodedPutsTheMarkFirstAndEndsLinesWithCrLf) {
   }
 }
 
-class NTextFileReadTest : public testing::Test {
+class NTextFileReadTest : public NTestFolderTest {
  protected:
-  void SetUp() override {
-    // A random name: several build trees may run this test at once.
-    std::random_device random;
-    for (int attempt = 0; attempt < 100 && m_folder.empty(); ++attempt) {
-      const fs::path candidate = fs::path(testing::TempDir()) / ("cfgdeck_textfile_" + std::to_string(random()));
-      std::error_code error;
-      if (fs::create_directory(candidate, error)) m_folder = candidate;
-    }
-    ASSERT_FALSE(m_folder.empty());
-    m_path = m_folder / "key.txt";
-  }
-  void TearDown() override {
-    std::error_code ignored;
-    if (!m_folder.empty()) fs::remove_all(m_folder, ignored);
-  }
-
-  std::unique_ptr<NFile> OpenFile() {
-    std::unique_ptr<NFile> file;
-    EXPECT_TRUE(NPlatform::Default().OpenFile(m_path.u16string(), {}, &file).IsOk());
-    return file;
-  }
-
-  fs::path m_folder, m_path;
+  std::unique_ptr<NFile> OpenFile() { return Open("key.txt", NOpenMode::kExistingOnly, NFileAccess::kRead); }
 };
 
 TEST_F(NTextFileReadTest, ReadTakesTheWholeFileAcrossBlocks) {
@@ -244,7 +218,7 @@ TEST_F(NTextFileReadTest, ReadTakesTheWholeFileAcrossBlocks) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
-    NWriteFileBytes(m_path, c.bytes);
+    WriteText("key.txt", c.bytes);
     auto file = OpenFile();
     ASSERT_TRUE(file);
     std::string raw = "stale";
@@ -264,10 +238,10 @@ TEST_F(NTextFileReadTest, AFileChangedAfterItsOpeningIsReadAsItIsNow) {
   for (const std::size_t after :
        {std::size_t{0}, std::size_t{10}, NTextFile::kBlockSize + 1, 3 * NTextFile::kBlockSize}) {
     SCOPED_TRACE(after);
-    NWriteFileBytes(m_path, Filler(NTextFile::kBlockSize));
+    WriteText("key.txt", Filler(NTextFile::kBlockSize));
     auto file = OpenFile();
     ASSERT_TRUE(file);
-    NWriteFileBytes(m_path, Filler(after));
+    WriteText("key.txt", Filler(after));
     std::string raw;
     ASSERT_TRUE(NTextFile(*file).Read(&raw).IsOk());
     EXPECT_TRUE(raw == Filler(after)) << raw.size();

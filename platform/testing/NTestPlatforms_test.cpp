@@ -233,7 +233,8 @@ class NWindowsLockPlatformTest : public NTestFolderTest {
 enum class Io { kRead, kWrite, kTruncate, kReserve };
 
 TEST_F(NWindowsLockPlatformTest, IoThroughAHandleObeysTheLocksOfEveryHandle) {
-  // The holder locks [4, 8) of a 6-byte file.
+  // The holder locks [4, 8) of a 6-byte file. Reading and writing under the
+  // handle's own exclusive lock are left to the store's saves on this platform.
   const struct {
     const char* name;
     bool sameHandle;
@@ -246,12 +247,10 @@ TEST_F(NWindowsLockPlatformTest, IoThroughAHandleObeysTheLocksOfEveryHandle) {
       {"read_other_exclusive", false, kExclusive, Io::kRead, 2, 4, NStatus::kLockViolation},
       {"read_before_other_exclusive", false, kExclusive, Io::kRead, 0, 4, 0},
       {"read_other_shared", false, kShared, Io::kRead, 2, 4, 0},
-      {"read_own_exclusive", true, kExclusive, Io::kRead, 2, 4, 0},
       {"write_other_shared", false, kShared, Io::kWrite, 7, 1, NStatus::kLockViolation},
       {"write_other_exclusive", false, kExclusive, Io::kWrite, 3, 2, NStatus::kLockViolation},
       {"write_after_other_exclusive", false, kExclusive, Io::kWrite, 8, 1, 0},
       {"write_own_shared", true, kShared, Io::kWrite, 5, 1, NStatus::kLockViolation},
-      {"write_own_exclusive", true, kExclusive, Io::kWrite, 5, 1, 0},
       {"truncate_into_other_shared", false, kShared, Io::kTruncate, 5, 0, NStatus::kLockViolation},
       {"truncate_past_other_exclusive", false, kExclusive, Io::kTruncate, 8, 0, 0},
       {"truncate_into_own_shared", true, kShared, Io::kTruncate, 2, 0, NStatus::kLockViolation},
@@ -295,7 +294,6 @@ TEST_F(NWindowsLockPlatformTest, LockRequestsConflictAcrossHandlesAndWithinOne) 
       {"other_shared_then_exclusive", false, kShared, kExclusive, false, NStatus::kWaitTimeout},
       {"other_shared_then_shared", false, kShared, kShared, false, 0},
       {"other_exclusive_then_disjoint", false, kExclusive, kExclusive, true, 0},
-      {"own_shared_then_shared", true, kShared, kShared, false, 0},
       {"own_shared_then_exclusive", true, kShared, kExclusive, false, NStatus::kLockViolation},
       {"own_exclusive_then_exclusive", true, kExclusive, kExclusive, false, NStatus::kLockViolation},
       {"own_exclusive_then_shared", true, kExclusive, kShared, false, NStatus::kLockViolation},
@@ -321,25 +319,15 @@ TEST_F(NWindowsLockPlatformTest, LockRequestsConflictAcrossHandlesAndWithinOne) 
   }
 }
 
-TEST_F(NWindowsLockPlatformTest, StackedSharedLocksOfOneHandleNeedOneUnlockEach) {
+// The holder locks [4, 8) exclusively and stacks two shared locks on
+// [10, 14); the outsider opens the real file straight, as another process.
+TEST_F(NWindowsLockPlatformTest, LocksReachTheRealFileAndEndWithTheirExactUnlockOrTheirHandle) {
   auto holder = OpenLocked("data"), other = OpenLocked("data");
   auto outsider = Open("data");
   ASSERT_TRUE(holder && other && outsider);
-  ASSERT_OK(holder->Lock(0, 4, kShared, 0ms));
-  ASSERT_OK(holder->Lock(0, 4, kShared, 0ms));
-  ASSERT_OK(holder->Unlock(0, 4));
-  EXPECT_CODE(other->Lock(0, 4, kExclusive, 0ms), NStatus::kWaitTimeout) << "one lock is left";
-  EXPECT_CODE(outsider->Lock(0, 4, kExclusive, 0ms), NStatus::kWaitTimeout)
-      << "the lock left is still held on the real file";
-  ASSERT_OK(holder->Unlock(0, 4));
-  EXPECT_OK(other->Lock(0, 4, kExclusive, 0ms));
-  EXPECT_CODE(holder->Unlock(0, 4), NWindowsLockPlatform::kNotLocked);
-}
-
-TEST_F(NWindowsLockPlatformTest, UnlockMustNameExactlyARangeThatTheHandleLocked) {
-  auto holder = OpenLocked("data"), other = OpenLocked("data");
-  ASSERT_TRUE(holder && other);
   ASSERT_OK(holder->Lock(4, 4, kExclusive, 0ms));
+  ASSERT_OK(holder->Lock(10, 4, kShared, 0ms));
+  ASSERT_OK(holder->Lock(10, 4, kShared, 0ms));
   const struct {
     const char* name;
     NFile* handle;
@@ -354,91 +342,66 @@ TEST_F(NWindowsLockPlatformTest, UnlockMustNameExactlyARangeThatTheHandleLocked)
     EXPECT_CODE(row.handle->Unlock(row.offset, row.length), NWindowsLockPlatform::kNotLocked) << row.name;
   }
   EXPECT_CODE(other->Lock(4, 4, kShared, 0ms), NStatus::kWaitTimeout) << "the lock survived";
-  EXPECT_OK(holder->Unlock(4, 4));
+  EXPECT_CODE(outsider->Lock(4, 4, kShared, 0ms), NStatus::kWaitTimeout) << "exclusive on the real file";
+  ASSERT_OK(holder->Unlock(4, 4));
   EXPECT_CODE(holder->Unlock(4, 4), NWindowsLockPlatform::kNotLocked) << "unlocked twice";
-}
-
-TEST_F(NWindowsLockPlatformTest, LocksReachTheRealFileAndClosingAHandleReleasesThemAll) {
-  auto holder = OpenLocked("data"), other = OpenLocked("data");
-  auto outsider = Open("data");
-  ASSERT_TRUE(holder && other && outsider);
-  ASSERT_OK(holder->Lock(0, 4, kExclusive, 0ms));
+  ASSERT_OK(holder->Unlock(10, 4));
+  EXPECT_CODE(other->Lock(10, 4, kExclusive, 0ms), NStatus::kWaitTimeout) << "one stacked lock is left";
+  EXPECT_CODE(outsider->Lock(10, 4, kExclusive, 0ms), NStatus::kWaitTimeout) << "and held on the real file";
+  ASSERT_OK(holder->Unlock(10, 4));
+  for (const std::uint64_t at : {4u, 10u}) {
+    ASSERT_OK(outsider->Lock(at, 4, kExclusive, 0ms)) << "released on the real file at " << at;
+    ASSERT_OK(outsider->Unlock(at, 4));
+  }
+  // Closing the handle releases every lock it holds.
+  ASSERT_OK(holder->Lock(4, 4, kExclusive, 0ms));
   ASSERT_OK(holder->Lock(10, 4, kShared, 0ms));
-  ASSERT_CODE(other->Lock(0, 4, kExclusive, 0ms), NStatus::kWaitTimeout);
-  EXPECT_CODE(outsider->Lock(0, 4, kShared, 0ms), NStatus::kWaitTimeout);
-  ASSERT_OK(holder->Unlock(0, 4));
-  EXPECT_OK(outsider->Lock(0, 4, kShared, 0ms));
-  ASSERT_OK(outsider->Unlock(0, 4));
-  ASSERT_OK(holder->Lock(0, 4, kExclusive, 0ms));
   holder.reset();
-  EXPECT_OK(other->Lock(0, 4, kExclusive, 0ms));
+  EXPECT_OK(other->Lock(4, 4, kExclusive, 0ms));
   EXPECT_OK(other->Lock(10, 4, kExclusive, 0ms));
-}
-
-TEST_F(NWindowsLockPlatformTest, LockWaitingForeverIsGrantedWhenAnotherThreadUnlocks) {
-  auto holder = OpenLocked("data"), other = OpenLocked("data");
-  ASSERT_TRUE(holder && other);
-  ASSERT_OK(holder->Lock(0, 4, kExclusive, 0ms));
-  std::atomic<bool> returned{false};
-  NStatus forever;
-  std::thread waiter([&] {
-    forever = other->Lock(0, 4, kExclusive, NFile::kWaitForever);
-    returned = true;
-  });
-  std::this_thread::sleep_for(50ms);
-  EXPECT_FALSE(returned) << "granted while the range was still locked";
-  EXPECT_OK(holder->Unlock(0, 4));
-  waiter.join();
-  EXPECT_OK(forever);
-  EXPECT_CODE(holder->Lock(0, 4, kShared, 0ms), NStatus::kWaitTimeout) << "the waiter holds it";
 }
 
 TEST_F(NWindowsLockPlatformTest, ShareModesOfOpenHandlesAndOfTheNewOneMustAllowEachOther) {
   using enum NFileAccess;
+  using enum NOpenMode;
+  constexpr unsigned kNoDelete = kShareRead | kShareWrite;
   const struct {
     const char* name;
     NFileAccess firstAccess;
     unsigned firstShare;
-    NFileAccess secondAccess;
-    unsigned secondShare;
+    NOpenOptions second;
     bool allowed;
   } rows[] = {
-      {"reader_beside_writer_sharing_reads", kReadWrite, kShareRead, kRead, kShareAll, true},
-      {"writer_beside_writer_sharing_reads", kReadWrite, kShareRead, kReadWrite, kShareAll, false},
-      {"reader_beside_reader_sharing_nothing", kRead, kShareNone, kRead, kShareAll, false},
-      {"reader_beside_reader_sharing_writes_only", kRead, kShareWrite, kRead, kShareAll, false},
-      {"reader_sharing_reads_beside_writer", kReadWrite, kShareAll, kRead, kShareRead, false},
-      {"reader_sharing_reads_beside_reader", kRead, kShareAll, kRead, kShareRead, true},
-      {"writer_sharing_reads_and_writes", kReadWrite, kShareRead | kShareWrite, kReadWrite, kShareRead | kShareWrite,
-       true},
+      {"reader_beside_writer_sharing_reads", kReadWrite, kShareRead, {.access = kRead}, true},
+      {"writer_beside_writer_sharing_reads", kReadWrite, kShareRead, {.access = kReadWrite}, false},
+      {"reader_beside_reader_sharing_nothing", kRead, kShareNone, {.access = kRead}, false},
+      {"reader_beside_reader_sharing_writes_only", kRead, kShareWrite, {.access = kRead}, false},
+      {"reader_sharing_reads_beside_writer", kReadWrite, kShareAll, {.access = kRead, .share = kShareRead}, false},
+      {"reader_sharing_reads_beside_reader", kRead, kShareAll, {.access = kRead, .share = kShareRead}, true},
+      {"writer_sharing_reads_and_writes", kReadWrite, kNoDelete, {.access = kReadWrite, .share = kNoDelete}, true},
+      // Refused before the file is cut.
+      {"rewriter_beside_reader_sharing_reads", kRead, kShareRead, {.mode = kCreateAlways, .access = kReadWrite}, false},
   };
   for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
-    auto first = OpenLocked(row.name, row.firstAccess, row.firstShare);
-    ASSERT_TRUE(first);
-    const NOpenOptions second{.access = row.secondAccess, .share = row.secondShare};
-    const NStatus status = TryOpen(row.name, second);
-    if (row.allowed) {
-      EXPECT_OK(status);
-      continue;
+    // Handles of one file meet whatever path opened them.
+    for (const std::string via : {"", "./"}) {
+      SCOPED_TRACE(via + row.name);
+      WriteText(row.name, "content");
+      auto first = OpenLocked(row.name, row.firstAccess, row.firstShare);
+      ASSERT_TRUE(first);
+      const NStatus status = TryOpen(via + row.name, row.second);
+      if (row.allowed) {
+        EXPECT_OK(status);
+        continue;
+      }
+      EXPECT_CODE(status, NStatus::kSharingViolation);
+      EXPECT_EQ(status.Path(), Path(via + row.name));
+      EXPECT_EQ(ReadText(row.name), "content") << "a refused open changed the file";
+      first.reset();
+      EXPECT_OK(TryOpen(via + row.name, row.second)) << "closing the first handle ends its share mode";
+      EXPECT_EQ(ReadText(row.name), row.second.mode == kCreateAlways ? "" : "content");
     }
-    EXPECT_CODE(status, NStatus::kSharingViolation);
-    EXPECT_EQ(status.Path(), Path(row.name));
-    first.reset();
-    EXPECT_OK(TryOpen(row.name, second)) << "closing the first handle ends its share mode";
   }
-}
-
-TEST_F(NWindowsLockPlatformTest, RefusedCreateAlwaysLeavesTheFileAsItWas) {
-  WriteText("data", "content");
-  auto first = OpenLocked("data", NFileAccess::kRead, kShareRead);
-  ASSERT_TRUE(first);
-  const NOpenOptions recreate{.mode = NOpenMode::kCreateAlways, .access = NFileAccess::kReadWrite};
-  EXPECT_CODE(TryOpen("data", recreate), NStatus::kSharingViolation);
-  EXPECT_EQ(ReadText("data"), "content");
-  first.reset();
-  EXPECT_OK(TryOpen("data", recreate));
-  EXPECT_EQ(ReadText("data"), "");
 }
 
 TEST_F(NWindowsLockPlatformTest, DeletingOrMovingAnOpenFileNeedsShareDelete) {
@@ -459,13 +422,6 @@ TEST_F(NWindowsLockPlatformTest, DeletingOrMovingAnOpenFileNeedsShareDelete) {
     file.reset();
     EXPECT_EQ(Exists(current), !allowed);
   }
-}
-
-TEST_F(NWindowsLockPlatformTest, HandlesOfOneFileMeetWhateverPathOpenedThem) {
-  WriteText("data", "x");
-  auto first = OpenLocked("data", NFileAccess::kReadWrite, kShareNone);
-  ASSERT_TRUE(first);
-  EXPECT_CODE(TryOpen("./data", {.access = NFileAccess::kRead}), NStatus::kSharingViolation);
 }
 
 }  // namespace
