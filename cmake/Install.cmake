@@ -12,7 +12,7 @@ foreach(layer base config dialogs location platform printing store uicore)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/${layer}/
           DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/cfgdeck/${layer}
           FILES_MATCHING PATTERN "*.h"
-          PATTERN "posix" EXCLUDE PATTERN "windows" EXCLUDE)
+          PATTERN "posix" EXCLUDE PATTERN "windows" EXCLUDE PATTERN "qt" EXCLUDE)
 endforeach()
 
 install(EXPORT cfgdeckTargets NAMESPACE cfgdeck:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/cfgdeck)

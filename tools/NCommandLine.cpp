@@ -8,17 +8,16 @@
 #include "base/NUnicodeString.h"
 #include "location/NReportMessageParams.h"
 #include "platform/NConsole.h"
-#include "platform/NPlatform.h"
+#include "tools/NDialogCommands.h"
 #include "tools/NGlobalCommands.h"
 #include "tools/NKeyPrinterCommands.h"
 #include "tools/NPathCommands.h"
 #include "tools/NSessionCommands.h"
 #include "tools/NPersonalCommands.h"
 #include "tools/NStoreCommands.h"
+#include "tools/NToolFolder.h"
 #include "tools/NToolOutput.h"
-#include "location/NConfigFolder.h"
 #include "location/NPersonalDataFolder.h"
-#include "platform/NUserFolders.h"
 #include "uicore/NAppName.h"
 
 namespace {
@@ -94,6 +93,16 @@ int NCommandLine::Run(const std::vector<std::string>& args) {
       ->option_text("ID");
   global->add_flag("--json", json, "One JSON object, keyed by the value names as bound for the product");
   global->add_flag("--save", save, "Then save the record, unchanged values included");
+  NDialogCommands::Request dialogRequest;
+  CLI::App* dialog = app.add_subcommand(
+      "dialog", "Run the options dialog without a window: set controls, press OK or Apply, print its pages");
+  dialog->add_option("--set", dialogRequest.sets, "Set a control, as PAGE/LABEL=VALUE (repeatable)")
+      ->option_text("PAGE/LABEL=VALUE");
+  dialog->add_option("--search", dialogRequest.search, "Narrow the page tree to the pages matching TEXT")
+      ->option_text("TEXT");
+  CLI::Option* dialogOk = dialog->add_flag("--ok", dialogRequest.ok, "Press OK after the edits: they are saved");
+  dialog->add_flag("--apply", dialogRequest.apply, "Press Apply after the edits: they are saved")->excludes(dialogOk);
+  dialog->add_flag("--json", dialogRequest.json, "Print the pages as one JSON object");
   CLI::App* product = app.add_subcommand(
       "product", "Print the product ids, the installed companion applications and the shared cache's names");
 
@@ -145,7 +154,9 @@ int NCommandLine::Run(const std::vector<std::string>& args) {
   }
 
   NSetAppName(NUnicodeString::FromUtf8(m_appName));
-  ResolveConfigFolder();
+  NToolFolder folder = NResolveToolFolder(m_configFolder, m_appName);
+  m_configFolder = std::move(folder.path);
+  m_foundBy = std::move(folder.foundBy);
   if (message->parsed()) return Message(code, messageArguments);
   if (paths.Parsed()) return paths.Run();
   if (keyPrinter.Parsed()) return keyPrinter.Run();
@@ -176,6 +187,7 @@ int NCommandLine::Run(const std::vector<std::string>& args) {
   if (removeKey->parsed()) return store.DeleteKey(key);
   if (check->parsed()) return store.Check(key);
   if (global->parsed()) return NGlobalCommands(m_configFolder, m_appName).Global(productId, json, save);
+  if (dialog->parsed()) return NDialogCommands(m_configFolder, m_appName).Global(dialogRequest);
   if (product->parsed()) return NGlobalCommands(m_configFolder, m_appName).Product();
   if (sessions->parsed()) return NSessionCommands(m_configFolder, m_appName).List();
   if (session->parsed()) return NSessionCommands(m_configFolder, m_appName).Show(sessionPath, json, save);
@@ -199,37 +211,6 @@ int NCommandLine::Message(const std::string& code, const std::vector<std::string
   for (const std::string& argument : arguments) params.AddArgument(NUnicodeString::FromUtf8(argument));
   NOut(params.GetText().ToUtf8());
   return kExitSuccess;
-}
-
-void NCommandLine::ResolveConfigFolder() {
-  // As a host finds its folder: the portable layout first, then the folder
-  // the application remembers, then the user's own default.
-  if (!m_configFolder.empty()) {
-    m_foundBy = "--config";
-    return;
-  }
-  const std::u16string program = NPlatform::Default().ExecutablePath();
-  const std::size_t slash = program.find_last_of(u"\\/");
-  const NUnicodeString besideProgram =
-      GetAppConfigPathUnderExe(NUnicodeString(program.substr(0, slash == std::u16string::npos ? 0 : slash)).c_str());
-  if (!besideProgram.empty()) {
-    m_configFolder = besideProgram.ToUtf8();
-    m_foundBy = "beside the program";
-    return;
-  }
-  const NUnicodeString remembered = GetAppConfigPath(NUnicodeString::FromUtf8(m_appName).c_str());
-  if (!remembered.empty()) {
-    m_configFolder = remembered.ToUtf8();
-    m_foundBy = "the remembered Config Path";
-    return;
-  }
-  NUnicodeString fallback(NUserConfigRoot());
-  fallback += NPlatform::Default().PathSeparator();
-  fallback += NUnicodeString::FromUtf8(m_appName);
-  fallback += NPlatform::Default().PathSeparator();
-  fallback += u"Config";
-  m_configFolder = fallback.ToUtf8();
-  m_foundBy = "the default under the user's configuration directory";
 }
 
 int NCommandLine::Overview() {

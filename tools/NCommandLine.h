@@ -13,8 +13,6 @@ class NCommandLine {
   int Run(const std::vector<std::string>& args);
 
  private:
-  // Fills m_configFolder, when --config did not, the way a host finds it.
-  void ResolveConfigFolder();
   int Overview();
   int Message(const std::string& code, const std::vector<std::string>& arguments);
 

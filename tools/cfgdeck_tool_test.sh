@@ -172,6 +172,31 @@ run "${cfg[@]}" --app Vexa product
 check "product exit" 0 "$status"
 [[ "$out" == *$'Application product id: 9\n'* && "$out" == *$'Transfer product id: 9\n'* ]]
 check "product names the application's ids" 0 $?
+# ---- the options dialog, run without a window ----
+dcfg=(--config "$(mktemp -d)/config")
+run "${dcfg[@]}" dialog --set 'Tabs/Show session tabs=false' --set 'Tabs/Connected colour=#FF8000'
+check "dialog exit" 0 "$status"
+[[ "$out" == *$'\n  Tabs\n    Show session tabs = false (changed) (not the default)\n    Close button on tabs = true (disabled)\n'* &&
+   "$out" == *$'\n    Connected colour = #FF8000 (changed) (not the default)\n'* ]]
+check "dialog prints the pages with the edits and the rules" 0 $?
+run "${dcfg[@]}" dialog --set 'Tabs/Show session tabs=false' --set 'Tabs/Minimum tab width=60'
+check "a disabled control refuses its edit" $'1\ncfgdeck dialog: \'Tabs/Minimum tab width\' was not set: it is disabled' \
+  "$status"$'\n'"$err"
+run "${dcfg[@]}" dialog --set 'Files/Connect sound=ring.mp3' --ok
+check "a refused value keeps OK from saving" $'1\nThe connect sound must be a .wav file.\ncfgdeck dialog: the dialog refused OK' \
+  "$status"$'\n'"$err"
+[[ ! -e "${dcfg[1]}/global.ini" ]]; check "nothing was saved before OK" 0 $?
+run "${dcfg[@]}" dialog --set 'Tabs/Show session tabs=false' --ok
+run "${dcfg[@]}" dump global
+check "OK saves the changed setting alone" $'S:"Version"=0311ABC6-1CDD-46fc-A08A-0D7C00242FCA\r\nD:"Show Session Tabs"=00000000\r\n' "$out"
+run "${dcfg[@]}" dialog --search 'COLOUR' --json
+[[ "$out" == *'"title": "Tabs"'* && "$out" != *'"title": "Files"'* && "$out" == *'"highlighted": true'* ]]
+check "the search narrows the pages" 0 $?
+run "${dcfg[@]}" dialog --set 'Nowhere/Label=1'
+check "a page that is not there is refused" 1 "$status"
+run "${dcfg[@]}" dialog --set 'no-page-or-label'
+check "a malformed edit is bad usage" 2 "$status"
+
 run "${cfg[@]}" global --product x
 check "a product id that is no number is bad usage" 2 "$status"
 

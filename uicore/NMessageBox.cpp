@@ -3,6 +3,8 @@
 #include <deque>
 #include <mutex>
 
+#include "uicore/IDialogBackend.h"
+
 namespace {
 
 std::mutex g_mutex;  // guards everything below
@@ -33,8 +35,7 @@ void NSetMessageBoxHandler(NMessageBoxHandler handler, void* context) {
   g_context = context;
 }
 
-int NMessageBox(void*, std::u16string_view text, std::u16string_view caption, unsigned style) {
-  NShownMessageBox shown{NUnicodeString(text), NUnicodeString(caption), style, DefaultButton(style)};
+int NAskMessageBoxHandler(std::u16string_view text, std::u16string_view caption, unsigned style) {
   NMessageBoxHandler handler;
   void* context;
   {
@@ -43,15 +44,33 @@ int NMessageBox(void*, std::u16string_view text, std::u16string_view caption, un
     context = g_context;
   }
   // The handler runs unlocked: it may take its time, or show another message.
-  if (handler) {
-    const int answer = handler(context, shown.text.c_str(), shown.caption.c_str(), style);
-    if (IsButtonOf(style, answer)) shown.result = answer;
-  }
-  const int result = shown.result;
+  if (!handler) return DefaultButton(style);
+  const NUnicodeString textZ(text), captionZ(caption);
+  return handler(context, textZ.c_str(), captionZ.c_str(), style);
+}
+
+namespace {
+
+int Record(std::u16string_view text, std::u16string_view caption, unsigned style, int answer) {
+  const int result = IsButtonOf(style, answer) ? answer : DefaultButton(style);
   std::lock_guard<std::mutex> lock(g_mutex);
-  g_shown.push_back(std::move(shown));
+  g_shown.push_back({NUnicodeString(text), NUnicodeString(caption), style, result});
   if (g_shown.size() > kShownMessageBoxLimit) g_shown.pop_front();
   return result;
+}
+
+}  // namespace
+
+int NMessageBox(void* parent, std::u16string_view text, std::u16string_view caption, unsigned style) {
+  return Record(text, caption, style, NDialogBackend().MessageBox(parent, text, caption, style));
+}
+
+int NShowOptionalMessageBox(void* parent, std::u16string_view text, std::u16string_view caption, unsigned style,
+                            bool* dontShowAgain) {
+  bool ticked = false;
+  const int answer = NDialogBackend().OptionalMessageBox(parent, text, caption, style, &ticked);
+  if (dontShowAgain) *dontShowAgain = ticked;
+  return Record(text, caption, style, answer);
 }
 
 std::vector<NShownMessageBox> NShownMessageBoxes() {

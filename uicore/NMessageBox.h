@@ -7,10 +7,11 @@
 #include "base/NExport.h"
 #include "base/NUnicodeString.h"
 
-// The shared UI module's message box. The library runs headless: a message
-// goes to the handler the host installed (the command-line tool prints it),
-// which answers with the button pressed; without a handler the default
-// button answers. The latest messages are kept for inspection.
+// The shared UI module's message box, shown by the dialog backend
+// (IDialogBackend). Headless, a message goes to the handler the host
+// installed (the command-line tool prints it), which answers with the
+// button pressed; without a handler the default button answers. The latest
+// messages are kept for inspection, whichever backend showed them.
 
 // Styles: one button set, or'ed with at most one icon (the system's values).
 inline constexpr unsigned kMessageBoxOk = 0x0;
@@ -40,6 +41,28 @@ CFGDECK_EXTERN_C void NSetMessageBoxHandler(NMessageBoxHandler handler, void* co
 // returns the button pressed. An answer that is not one of the style's
 // buttons counts as its default button (OK, or Yes). Thread-safe.
 CFGDECK_API int NMessageBox(void* parent, std::u16string_view text, std::u16string_view caption, unsigned style);
+
+// A message box with a "do not display this message again" check box,
+// unticked at first; *dontShowAgain (may be null) tells whether it was
+// ticked. Returns the button pressed.
+CFGDECK_API int NShowOptionalMessageBox(void* parent, std::u16string_view text, std::u16string_view caption,
+                                        unsigned style, bool* dontShowAgain);
+
+// The same, with the check box bound to `suppress`, a record's boolean or
+// integer field: ticking it sets the field (to true, or 1), which callers
+// test before showing the message again.
+template <typename Field>
+int ShowOptionalMessageBox(void* parent, std::u16string_view text, std::u16string_view caption, unsigned style,
+                           Field& suppress) {
+  bool ticked = false;
+  const int result = NShowOptionalMessageBox(parent, text, caption, style, &ticked);
+  if (ticked) suppress.Set(1);
+  return result;
+}
+
+// The answer of the host's handler (NSetMessageBoxHandler), or the default
+// button without one: how a backend without windows answers.
+int NAskMessageBoxHandler(std::u16string_view text, std::u16string_view caption, unsigned style);
 
 // One message as shown.
 struct NShownMessageBox {

@@ -1,5 +1,7 @@
 #include "uicore/NProgressDialog.h"
 
+#include "uicore/IDialogBackend.h"
+
 namespace {
 
 std::mutex g_mutex;  // guards the observer and its context
@@ -58,13 +60,21 @@ void NProgressDialog::PostClose() {
   m_closed.notify_all();
 }
 
-void NProgressDialog::Run(void*) {
+void NProgressDialog::Run(void* parent) {
   Notify(NProgressEvent::kShown);
-  {
-    std::unique_lock<std::mutex> lock(m_mutex);
-    m_closed.wait(lock, [this] { return m_closePosted; });
-  }
+  NDialogBackend().RunProgress(*this, parent);
+  WaitForClose();  // a backend's window may close before the worker says so
   Notify(NProgressEvent::kClosed);
+}
+
+void NProgressDialog::WaitForClose() {
+  std::unique_lock<std::mutex> lock(m_mutex);
+  m_closed.wait(lock, [this] { return m_closePosted; });
+}
+
+bool NProgressDialog::IsClosePosted() const {
+  std::lock_guard<std::mutex> lock(m_mutex);
+  return m_closePosted;
 }
 
 NUnicodeString NProgressDialog::Text() const {

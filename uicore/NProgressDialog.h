@@ -25,8 +25,8 @@ CFGDECK_EXTERN_C void NSetProgressObserver(NProgressObserver observer, void* con
 
 // The shared UI module's modal progress dialog without a cancel button: the
 // UI thread runs it while a worker does the job, reports progress and ends
-// it with PostClose. Headless: Run waits for PostClose. Every operation but
-// Run may come from any thread.
+// it with PostClose. The dialog backend shows it; headless, Run waits for
+// PostClose. Every operation but Run may come from any thread.
 class NProgressDialog {
  public:
   explicit NProgressDialog(NUnicodeString text) : m_text(std::move(text)) {}
@@ -42,6 +42,10 @@ class NProgressDialog {
 
   // Shows the dialog modally to `parent` (may be null) until PostClose.
   void Run(void* parent = nullptr);
+
+  // For backends: blocks until PostClose; whether it came.
+  void WaitForClose();
+  bool IsClosePosted() const;
 
   NUnicodeString Text() const;
   std::uint64_t Done() const;
