@@ -588,6 +588,12 @@ TEST_F(NQtDialogBackendTest, TheDemonstrationDialogSavesOnOkToTheKeyFileAndNothi
   }
   EXPECT_EQ(FileText(folder.Root() / "global.ini"), saved) << "Cancel changed the key file";
   EXPECT_EQ(global->m_connectSoundFile.Get(), u"ring.wav") << "Cancel changed Files/Connect sound";
+  {
+    // Every page as it looks over a saved folder, for whoever reads a failure.
+    DemoOptionsDialog dialog(*global, NPolicy{});
+    std::string error;
+    EXPECT_TRUE(NQtSaveScreenshots(dialog, CFGDECK_SCREENSHOT_DIR "/demo", &error)) << error;
+  }
   FreeGlobalConfig();
 }
 
