@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include "uicore/NHeadlessDialogBackend.h"
+#include "uicore/testing/NTestField.h"
+
 #include <string>
 #include <vector>
 
@@ -83,6 +86,18 @@ TEST_F(NMessageBoxTest, OnlyTheLatestMessagesAreKept) {
   ASSERT_EQ(shown.size(), kShownMessageBoxLimit);
   EXPECT_EQ(shown.front().text, u"message 5");
   EXPECT_EQ(shown.back().text, u"message " + NUnicodeString::FromUtf8(std::to_string(count - 1)));
+}
+
+TEST_F(NMessageBoxTest, AnOptionalBoxSetsItsFieldOnlyWhenTicked) {
+  NHeadlessDialogBackend backend;
+  NScopedDialogBackend installed(backend);
+  NTestField<std::int32_t> suppress;
+  EXPECT_EQ(ShowOptionalMessageBox(nullptr, u"Locked.", u"", kMessageBoxOk, suppress), kMessageBoxIdOk);
+  EXPECT_EQ(suppress.sets, 0) << "an unticked box set its field";
+  backend.SetTickOptional(true);
+  ShowOptionalMessageBox(nullptr, u"Locked.", u"", kMessageBoxOk, suppress);
+  EXPECT_EQ(suppress.value, 1);
+  EXPECT_EQ(NShownMessageBoxes().size(), 2u) << "optional boxes are kept with the others";
 }
 
 }  // namespace
