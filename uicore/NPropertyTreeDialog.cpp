@@ -55,8 +55,7 @@ void NPropertyTreeDialog::SetShown(NPropertyTreePage* page, bool shown) {
   EnsureCurrentVisible();
 }
 
-void NPropertyTreeDialog::RemovePage(NPropertyTreePage* page) {
-  if (!NodeOf(page)) return;
+void NPropertyTreeDialog::Unlink(NPropertyTreePage* page) {
   auto gone = std::stable_partition(m_nodes.begin(), m_nodes.end(),
                                     [&](const Node& node) { return !IsOwnSubtree(node.page, page); });
   for (auto it = gone; it != m_nodes.end(); ++it) {
@@ -64,9 +63,16 @@ void NPropertyTreeDialog::RemovePage(NPropertyTreePage* page) {
     if (it->page == m_current) m_current = nullptr;
   }
   m_nodes.erase(gone, m_nodes.end());
+}
+
+void NPropertyTreeDialog::RemovePage(NPropertyTreePage* page) {
+  if (!NodeOf(page)) return;
+  Unlink(page);
   NotifyTree();
   EnsureCurrentVisible();
 }
+
+void NPropertyTreeDialog::Forget(NPropertyTreePage* page) { Unlink(page); }
 
 void NPropertyTreeDialog::SuspendRedraw() { ++m_redrawSuspended; }
 

@@ -112,6 +112,14 @@ class NPropertyTreeDialog : public IPropertyTreeDialog {
     bool shown;
   };
 
+  friend class NPropertyTreePage;
+  // Drops `page` and the pages under it without a call to any page or to
+  // the window: the page is being destroyed (a derived dialog's pages go
+  // before the dialog does).
+  void Forget(NPropertyTreePage* page);
+  // Takes `page` and the pages under it out of m_nodes; the pages are told
+  // they have no dialog.
+  void Unlink(NPropertyTreePage* page);
   Node* NodeOf(const NPropertyTreePage* page);
   const Node* NodeOf(const NPropertyTreePage* page) const;
   bool IsOwnSubtree(const NPropertyTreePage* page, const NPropertyTreePage* root) const;

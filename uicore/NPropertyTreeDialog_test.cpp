@@ -112,6 +112,17 @@ TEST_F(NPropertyTreeDialogTest, HidingASubtreeKeepsEachPagesOwnFlagAndMovesTheSe
   EXPECT_EQ(m_emulation.Dialog(), nullptr);
 }
 
+TEST_F(NPropertyTreeDialogTest, APageDestroyedFirstLeavesTheTreeWithItsChildren) {
+  {
+    JournalPage child(u"Child", &m_journal), gone(u"Gone", &m_journal);  // the parent goes first
+    m_dialog.AddPage(&gone);
+    gone.AddPage(&child);
+    ASSERT_TRUE(m_dialog.SelectPage(&child));
+  }
+  EXPECT_EQ(m_dialog.VisibleRows().size(), 6u);
+  EXPECT_EQ(m_dialog.CurrentPage(), nullptr);
+}
+
 TEST_F(NPropertyTreeDialogTest, RedrawIsHeldWhileSuspended) {
   CountingView view;
   m_dialog.SetView(&view);

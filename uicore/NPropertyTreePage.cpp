@@ -1,6 +1,12 @@
 #include "uicore/NPropertyTreePage.h"
 
-#include "uicore/IPropertyTreeDialog.h"
+#include "uicore/NPropertyTreeDialog.h"
+
+NPropertyTreePage::~NPropertyTreePage() {
+  if (m_dialog) m_dialog->Forget(this);
+}
+
+IPropertyTreeDialog* NPropertyTreePage::Dialog() const { return m_dialog; }
 
 void NPropertyTreePage::AddPage(NPropertyTreePage* child) {
   if (m_dialog) m_dialog->AddPage(child, this);

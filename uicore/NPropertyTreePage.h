@@ -5,6 +5,7 @@
 #include "uicore/NMessageBox.h"
 
 class IPropertyTreeDialog;
+class NPropertyTreeDialog;
 
 // Why a page refused OK or Apply: the message the frame shows, and the
 // control to put the focus on (may be null).
@@ -23,13 +24,14 @@ class NPropertyTreePage {
   explicit NPropertyTreePage(NUnicodeString title) : m_title(std::move(title)) {}
   NPropertyTreePage(const NPropertyTreePage&) = delete;
   NPropertyTreePage& operator=(const NPropertyTreePage&) = delete;
-  virtual ~NPropertyTreePage() = default;
+  // A page that goes before its dialog leaves the dialog's tree quietly.
+  virtual ~NPropertyTreePage();
 
   const NUnicodeString& Title() const { return m_title; }
   NForm& Form() { return m_form; }
   const NForm& Form() const { return m_form; }
   // The dialog the page was added to, or null.
-  IPropertyTreeDialog* Dialog() const { return m_dialog; }
+  IPropertyTreeDialog* Dialog() const;
   // Adds `child` under this page in its dialog.
   void AddPage(NPropertyTreePage* child);
 
@@ -55,5 +57,5 @@ class NPropertyTreePage {
 
   NUnicodeString m_title;
   NForm m_form;
-  IPropertyTreeDialog* m_dialog = nullptr;
+  NPropertyTreeDialog* m_dialog = nullptr;
 };
