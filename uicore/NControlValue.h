@@ -31,15 +31,23 @@ using NControlValue = std::variant<std::monostate, bool, std::int64_t, NUnicodeS
 template <typename T, typename = void>
 struct NControlCodec;
 
-template <>
-struct NControlCodec<bool> {
-  static NControlValue To(bool value) { return value; }
-  static bool From(const NControlValue& value, bool* out) {
-    const bool* b = std::get_if<bool>(&value);
-    if (b) *out = *b;
-    return b != nullptr;
+// The types a control value holds as they are.
+template <typename T>
+struct NDirectControlCodec {
+  static NControlValue To(const T& value) { return value; }
+  static bool From(const NControlValue& value, T* out) {
+    const T* held = std::get_if<T>(&value);
+    if (held) *out = *held;
+    return held != nullptr;
   }
 };
+
+template <>
+struct NControlCodec<bool> : NDirectControlCodec<bool> {};
+template <>
+struct NControlCodec<NUnicodeString> : NDirectControlCodec<NUnicodeString> {};
+template <>
+struct NControlCodec<NStringArray> : NDirectControlCodec<NStringArray> {};
 
 template <typename T>
 struct NControlCodec<T, std::enable_if_t<std::is_integral_v<T> || std::is_enum_v<T>>> {
@@ -48,26 +56,6 @@ struct NControlCodec<T, std::enable_if_t<std::is_integral_v<T> || std::is_enum_v
     const std::int64_t* n = std::get_if<std::int64_t>(&value);
     if (n) *out = static_cast<T>(*n);
     return n != nullptr;
-  }
-};
-
-template <>
-struct NControlCodec<NUnicodeString> {
-  static NControlValue To(const NUnicodeString& value) { return value; }
-  static bool From(const NControlValue& value, NUnicodeString* out) {
-    const NUnicodeString* s = std::get_if<NUnicodeString>(&value);
-    if (s) *out = *s;
-    return s != nullptr;
-  }
-};
-
-template <>
-struct NControlCodec<NStringArray> {
-  static NControlValue To(const NStringArray& value) { return value; }
-  static bool From(const NControlValue& value, NStringArray* out) {
-    const NStringArray* s = std::get_if<NStringArray>(&value);
-    if (s) *out = *s;
-    return s != nullptr;
   }
 };
 
