@@ -6,6 +6,7 @@
 #include <type_traits>
 
 #include "base/NUnicodeString.h"
+#include "config/NEncryptedString.h"
 
 // The value types of the records' fields beyond plain integers and strings.
 
@@ -20,24 +21,6 @@ struct NFileTime {
   std::uint64_t ticks = 0;
   static NFileTime Now();
   bool operator==(const NFileTime&) const = default;
-};
-
-// A value the store holds only in encrypted form. Until the library
-// encrypts, the field carries the stored text through exactly as read.
-class NEncryptedString {
- public:
-  NEncryptedString() = default;
-  static NEncryptedString FromStored(NUnicodeString stored) {
-    NEncryptedString value;
-    value.m_stored = std::move(stored);
-    return value;
-  }
-  const NUnicodeString& Stored() const { return m_stored; }
-  bool IsEmpty() const { return m_stored.empty(); }
-  bool operator==(const NEncryptedString&) const = default;
-
- private:
-  NUnicodeString m_stored;
 };
 
 // Variable binary data, for structures whose length varies.

@@ -7,13 +7,14 @@
 
 // How the records' own types show in the dialogs' controls.
 
-// A password box holds the value as the store keeps it.
+// A password box shows a typed value's text and a stored value's sealed
+// form (masked); what a person types is a plain value, sealed on save.
 template <>
 struct NControlCodec<NEncryptedString> {
-  static NControlValue To(const NEncryptedString& value) { return value.Stored(); }
+  static NControlValue To(const NEncryptedString& value) { return value.IsPlain() ? value.Typed() : value.Stored(); }
   static bool From(const NControlValue& value, NEncryptedString* out) {
     const NUnicodeString* text = std::get_if<NUnicodeString>(&value);
-    if (text) *out = NEncryptedString::FromStored(*text);
+    if (text) *out = NEncryptedString::FromPlain(*text);
     return text != nullptr;
   }
 };

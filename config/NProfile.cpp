@@ -11,6 +11,12 @@ bool NProfileSz::Read(const NProfileKey& key, std::u16string_view name, NFileTim
   return true;
 }
 
+bool NProfileSz::Write(NProfileKey& key, std::u16string_view name, const NEncryptedString& value) {
+  NUnicodeString stored;
+  NReportMessageParams params;
+  return value.ToStore(NSecretPlace(key.GetPath(), name), &stored, params) && key.SetStringValue(name, stored);
+}
+
 bool NProfileSz::Write(NProfileKey& key, std::u16string_view name, const NFileTime& value) {
   return key.SetStringValue(name, NUnicodeString::FromUtf8(std::to_string(value.ticks)));
 }

@@ -10,6 +10,7 @@
 #include "base/NStringArray.h"
 #include "config/NConfigTypes.h"
 #include "config/NProfileData.h"
+#include "config/NSecretKeys.h"
 
 // What a field holds, in a form tools can print without knowing its type.
 struct NFieldValue {
@@ -86,10 +87,13 @@ struct NProfileSz {
     *value = NEncryptedString::FromStored(std::move(stored));
     return true;
   }
-  static bool Write(NProfileKey& key, std::u16string_view name, const NEncryptedString& value) {
-    return key.SetStringValue(name, value.Stored());
+  // Seals a plain value for its place, the key's path and the name; false
+  // when there is no key to seal it with (nothing is written).
+  static bool Write(NProfileKey& key, std::u16string_view name, const NEncryptedString& value);
+  // A plain value not sealed yet shows as "(not saved)": never its text.
+  static NFieldValue Describe(const NEncryptedString& value) {
+    return Text(value.IsPlain() ? NUnicodeString(u"(not saved)") : value.Stored());
   }
-  static NFieldValue Describe(const NEncryptedString& value) { return Text(value.Stored()); }
 
   static bool Read(const NProfileKey& key, std::u16string_view name, NFileTime* value);
   static bool Write(NProfileKey& key, std::u16string_view name, const NFileTime& value);
@@ -225,6 +229,8 @@ class NProfile2 final : public NProfileData {
       m_valueIsDefault = false;
       m_loadedIsValue = true;
       m_touched = false;
+      // A secret stored before values were sealed is sealed at the next save.
+      if constexpr (std::is_same_v<T, NEncryptedString>) m_touched = m_value.IsUnsealed() && NHasSecretKeySource();
     }
     return m_found;
   }

@@ -98,15 +98,15 @@ TEST_F(DemoOptionsDialogTest, APolicyLocksThePasswordsWithItsReason) {
   policy.disablePasswords = true;
   Run(
       [](NPropertyTreeDialog& dialog) {
-        NFormControl* passphrase = Open(dialog, u"Passwords", u"Configuration passphrase");
-        ASSERT_NE(passphrase, nullptr);
-        EXPECT_EQ(passphrase->SetValue(NUnicodeString(u"secret")), NEditResult::kLocked);
-        EXPECT_NE(passphrase->LockReason().value_or(u"").find(u"Disable Passwords"), NUnicodeString::npos);
+        NFormControl* password = Open(dialog, u"Passwords", u"Anonymous FTP password");
+        ASSERT_NE(password, nullptr);
+        EXPECT_EQ(password->SetValue(NUnicodeString(u"secret")), NEditResult::kLocked);
+        EXPECT_NE(password->LockReason().value_or(u"").find(u"Disable Passwords"), NUnicodeString::npos);
         dialog.FindPage(u"Passwords")->Form().ResetToDefaults();
         EXPECT_TRUE(dialog.PressOk());
       },
       policy);
-  EXPECT_EQ(GlobalFile().find("Passphrase"), std::string::npos);
+  EXPECT_EQ(GlobalFile().find("Anonymous Password"), std::string::npos);
 
   Run([](NPropertyTreeDialog& dialog) {
     EXPECT_EQ(Open(dialog, u"Passwords", u"Anonymous FTP password")->SetValue(NUnicodeString(u"guest")),
