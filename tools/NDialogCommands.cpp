@@ -154,16 +154,24 @@ std::string PlainText(const NPropertyTreeDialog& dialog) {
     const std::string indent(static_cast<std::size_t>(row.depth) * 2, ' ');
     text += indent + row.page->Title().ToUtf8() + "\n";
     for (const auto& control : row.page->Form().Controls()) {
-      text += indent + "  ";
+      // Appended piece by piece: g++ -O3 takes "[" + label for an overlap.
+      text += indent;
+      text += "  ";
       if (!control->HasValue()) {
-        text += "[" + control->Label().ToUtf8() + "]\n";
+        text += '[';
+        text += control->Label().ToUtf8();
+        text += "]\n";
         continue;
       }
-      text += control->Label().ToUtf8() + " = " + Shown(*control);
+      text += control->Label().ToUtf8();
+      text += " = ";
+      text += Shown(*control);
       if (control->IsChanged()) text += " (changed)";
       if (control->IsModifiedFromDefault()) text += " (not the default)";
       if (auto reason = control->LockReason()) {
-        text += " (locked: " + reason->ToUtf8() + ")";
+        text += " (locked: ";
+        text += reason->ToUtf8();
+        text += ')';
       } else if (!control->IsEnabled()) {
         text += " (disabled)";
       }
