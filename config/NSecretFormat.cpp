@@ -15,35 +15,13 @@ constexpr std::string_view kAssociatedPrefix{"cfgdeck secret E1", 18};  // with 
 
 using Bytes = std::vector<std::uint8_t>;
 
-std::span<const std::uint8_t> AsBytes(std::string_view text) {
-  return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
-}
-
-void AppendHex(std::span<const std::uint8_t> bytes, NUnicodeString* out) {
-  static constexpr char16_t kDigits[] = u"0123456789abcdef";
-  for (std::uint8_t byte : bytes) {
-    out->push_back(kDigits[byte >> 4]);
-    out->push_back(kDigits[byte & 15]);
-  }
-}
-
-int HexDigit(char16_t c) {
-  if (c >= u'0' && c <= u'9') return c - u'0';
-  if (c >= u'a' && c <= u'f') return c - u'a' + 10;
-  return -1;  // upper case is not what a seal writes
-}
-
 // The bytes after the mark; nothing when the text is not lower-case hex.
 std::optional<Bytes> SealedBytes(std::u16string_view stored) {
   if (!stored.starts_with(kMark)) return std::nullopt;
   stored.remove_prefix(kMark.size());
   if (stored.size() % 2 != 0) return std::nullopt;
   Bytes bytes(stored.size() / 2);
-  for (std::size_t i = 0; i < bytes.size(); ++i) {
-    const int high = HexDigit(stored[2 * i]), low = HexDigit(stored[2 * i + 1]);
-    if (high < 0 || low < 0) return std::nullopt;
-    bytes[i] = static_cast<std::uint8_t>(high << 4 | low);
-  }
+  if (!NSecretFromHex(stored, bytes)) return std::nullopt;
   return bytes;
 }
 
@@ -57,13 +35,34 @@ bool Fail(std::uint32_t code, std::u16string_view place, NReportMessageParams& p
 
 }  // namespace
 
+void NSecretHex(std::span<const std::uint8_t> bytes, NUnicodeString* out) {
+  static constexpr char16_t kDigits[] = u"0123456789abcdef";
+  for (std::uint8_t byte : bytes) {
+    out->push_back(kDigits[byte >> 4]);
+    out->push_back(kDigits[byte & 15]);
+  }
+}
+
+bool NSecretFromHex(std::u16string_view text, std::span<std::uint8_t> out) {
+  if (text.size() != out.size() * 2) return false;
+  auto digit = [](char16_t c) {
+    return c >= u'0' && c <= u'9' ? c - u'0' : c >= u'a' && c <= u'f' ? c - u'a' + 10 : -1;
+  };
+  for (std::size_t i = 0; i < out.size(); ++i) {
+    const int high = digit(text[2 * i]), low = digit(text[2 * i + 1]);
+    if (high < 0 || low < 0) return false;
+    out[i] = static_cast<std::uint8_t>(high << 4 | low);
+  }
+  return true;
+}
+
 bool NSecretKey::From(const NAes256Key& bytes, NSecretKey* key) {
   NSecretKey made;
   made.bytes = bytes;
   // PBKDF2 with one iteration is HMAC-SHA256 keyed by the key: one way.
   static constexpr std::string_view kIdLabel = "cfgdeck key id";
   const std::string_view secret(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-  if (!NPbkdf2Sha256(secret, AsBytes(kIdLabel), 1, made.id)) return false;
+  if (!NPbkdf2Sha256(secret, NSecretBytes(kIdLabel), 1, made.id)) return false;
   *key = made;
   return true;
 }
@@ -91,13 +90,14 @@ bool NSealSecret(const NSecretKey& key, std::u16string_view place, std::u16strin
   NAesGcmNonce nonce;
   Bytes sealed;
   const std::string text = NUtf16ToUtf8(plain);
-  if (!NRandomBytes(nonce) || !NAesGcmSeal(key.bytes, nonce, AsBytes(AssociatedData(place)), AsBytes(text), &sealed)) {
+  if (!NRandomBytes(nonce) ||
+      !NAesGcmSeal(key.bytes, nonce, NSecretBytes(AssociatedData(place)), NSecretBytes(text), &sealed)) {
     return Fail(kMsgSecretNotSealed, place, params);
   }
   NUnicodeString out(kMark);
-  AppendHex(key.id, &out);
-  AppendHex(nonce, &out);
-  AppendHex(sealed, &out);
+  NSecretHex(key.id, &out);
+  NSecretHex(nonce, &out);
+  NSecretHex(sealed, &out);
   *stored = std::move(out);
   return true;
 }
@@ -118,7 +118,7 @@ bool NOpenSecret(const NSecretKey& key, std::u16string_view place, std::u16strin
   const std::span<const std::uint8_t> sealed(bytes->data() + kIdSize + kNonceSize,
                                              bytes->size() - kIdSize - kNonceSize);
   Bytes text;
-  if (!NAesGcmOpen(key.bytes, nonce, AsBytes(AssociatedData(place)), sealed, &text) ||
+  if (!NAesGcmOpen(key.bytes, nonce, NSecretBytes(AssociatedData(place)), sealed, &text) ||
       !NIsValidUtf8({reinterpret_cast<const char*>(text.data()), text.size()})) {
     return Fail(kMsgSecretDamaged, place, params);
   }

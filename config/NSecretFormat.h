@@ -31,6 +31,16 @@ inline constexpr std::uint32_t kMsgSecretOtherKey = 0xE138F081;
 // %1: the value's place. The system's cryptography failed.
 inline constexpr std::uint32_t kMsgSecretNotSealed = 0xE138F082;
 
+// The secrets' texts keep bytes in lower-case hex. NSecretHex appends
+// `bytes`; NSecretFromHex reads exactly two digits per byte of `out` (upper
+// case is not what a secret's text holds), false on anything else.
+void NSecretHex(std::span<const std::uint8_t> bytes, NUnicodeString* out);
+bool NSecretFromHex(std::u16string_view text, std::span<std::uint8_t> out);
+// The bytes of a text, for the crypto functions.
+inline std::span<const std::uint8_t> NSecretBytes(std::string_view text) {
+  return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
 // A key for values, with the id that stored values name it by.
 struct NSecretKey {
   NAes256Key bytes{};

@@ -15,31 +15,10 @@ constexpr std::u16string_view kVerifierMark = u"P1:";
 constexpr std::size_t kSaltSize = 16;
 constexpr std::size_t kCheckSize = 32;
 
-std::span<const std::uint8_t> AsBytes(std::string_view text) {
-  return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
-}
-
 NUnicodeString Hex(std::span<const std::uint8_t> bytes) {
-  static constexpr char16_t kDigits[] = u"0123456789abcdef";
   NUnicodeString out;
-  for (std::uint8_t byte : bytes) {
-    out.push_back(kDigits[byte >> 4]);
-    out.push_back(kDigits[byte & 15]);
-  }
+  NSecretHex(bytes, &out);
   return out;
-}
-
-bool FromHex(std::u16string_view text, std::span<std::uint8_t> out) {
-  if (text.size() != out.size() * 2) return false;
-  auto digit = [](char16_t c) {
-    return c >= u'0' && c <= u'9' ? c - u'0' : c >= u'a' && c <= u'f' ? c - u'a' + 10 : -1;
-  };
-  for (std::size_t i = 0; i < out.size(); ++i) {
-    const int high = digit(text[2 * i]), low = digit(text[2 * i + 1]);
-    if (high < 0 || low < 0) return false;
-    out[i] = static_cast<std::uint8_t>(high << 4 | low);
-  }
-  return true;
 }
 
 // Key and check from one derivation: 64 bytes, the key first.
@@ -71,9 +50,9 @@ bool ParseVerifier(std::u16string_view stored, Verifier* verifier) {
   const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), verifier->iterations);
   return error == std::errc() && end == digits.data() + digits.size() && verifier->iterations >= 1 &&
          verifier->iterations <= kPbkdf2MaxIterations &&
-         FromHex(stored.substr(colon + 1, 2 * kSaltSize), verifier->salt) &&
+         NSecretFromHex(stored.substr(colon + 1, 2 * kSaltSize), verifier->salt) &&
          stored[colon + 1 + 2 * kSaltSize] == u':' &&
-         FromHex(stored.substr(colon + 2 + 2 * kSaltSize), verifier->check);
+         NSecretFromHex(stored.substr(colon + 2 + 2 * kSaltSize), verifier->check);
 }
 
 bool Fail(std::uint32_t code, std::u16string_view argument, NReportMessageParams& params) {
@@ -141,7 +120,7 @@ NUnicodeString NSecretKeyring::KeyFilePath() const {
   std::transform(folded.begin(), folded.end(), folded.begin(), NFoldCase);
   static constexpr std::string_view kLabel = "cfgdeck folder id";
   std::array<std::uint8_t, 8> id{};
-  if (!NPbkdf2Sha256(NUtf16ToUtf8(folded), AsBytes(kLabel), 1, id)) id.fill(0);
+  if (!NPbkdf2Sha256(NUtf16ToUtf8(folded), NSecretBytes(kLabel), 1, id)) id.fill(0);
   return m_keyFolder + m_platform.PathSeparator() + Hex(id) + u".key";
 }
 
