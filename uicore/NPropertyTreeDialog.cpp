@@ -56,13 +56,18 @@ void NPropertyTreeDialog::SetShown(NPropertyTreePage* page, bool shown) {
 }
 
 void NPropertyTreeDialog::Unlink(NPropertyTreePage* page) {
-  auto gone = std::stable_partition(m_nodes.begin(), m_nodes.end(),
-                                    [&](const Node& node) { return !IsOwnSubtree(node.page, page); });
-  for (auto it = gone; it != m_nodes.end(); ++it) {
-    it->page->m_dialog = nullptr;
-    if (it->page == m_current) m_current = nullptr;
+  // Which pages go is decided on the whole tree before any node moves: the
+  // walk up to `page` reads the nodes.
+  std::vector<NPropertyTreePage*> gone;
+  for (const Node& node : m_nodes) {
+    if (IsOwnSubtree(node.page, page)) gone.push_back(node.page);
   }
-  m_nodes.erase(gone, m_nodes.end());
+  std::erase_if(m_nodes,
+                [&](const Node& node) { return std::find(gone.begin(), gone.end(), node.page) != gone.end(); });
+  for (NPropertyTreePage* removed : gone) {
+    removed->m_dialog = nullptr;
+    if (removed == m_current) m_current = nullptr;
+  }
 }
 
 void NPropertyTreeDialog::RemovePage(NPropertyTreePage* page) {
