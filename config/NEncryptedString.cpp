@@ -2,6 +2,7 @@
 
 #include "config/NSecretKeyring.h"
 #include "config/NSecretKeys.h"
+#include "location/NPolicy.h"
 
 NEncryptedString NEncryptedString::FromStored(NUnicodeString stored) {
   NEncryptedString value;
@@ -25,9 +26,11 @@ bool NEncryptedString::Plain(std::u16string_view place, NUnicodeString* plain, N
     *plain = m_plain;
     return true;
   }
-  if (!NIsSealedSecret(m_stored)) return NOpenSecret(NSecretKey{}, place, m_stored, plain, params);
+  const std::optional<NSecretKeyId> id = NSealedSecretKeyId(m_stored);
+  // An old clear text, or one too damaged to name its key: NOpenSecret says which.
+  if (!id) return NOpenSecret(NSecretKey{}, place, m_stored, plain, params);
   NSecretKey key;
-  return NCurrentSecretKey(&key, params) && NOpenSecret(key, place, m_stored, plain, params);
+  return NSecretKeyById(*id, &key, params) && NOpenSecret(key, place, m_stored, plain, params);
 }
 
 bool NEncryptedString::ToStore(std::u16string_view place, NUnicodeString* stored, NReportMessageParams& params) const {
@@ -36,15 +39,34 @@ bool NEncryptedString::ToStore(std::u16string_view place, NUnicodeString* stored
     stored->clear();
     return true;
   }
-  if (!m_isPlain && !IsUnsealed()) {
-    *stored = m_stored;
-    return true;
-  }
-  // An unsealed old text without a key stays as it was: no worse than before.
-  if (!m_isPlain && !NHasSecretKeySource()) {
-    *stored = m_stored;
-    return true;
+  if (m_isPlain && NReadPolicy().FixesSavePasswords()) {
+    params.SetCode(kMsgPasswordsNotSaved);
+    params.AddArgument(place);
+    return false;
   }
   NSecretKey key;
-  return NCurrentSecretKey(&key, params) && NSealSecret(key, place, m_isPlain ? m_plain : m_stored, stored, params);
+  NReportMessageParams ignored;
+  if (!m_isPlain && NIsSealedSecret(m_stored)) {
+    // Sealed with a key the folder has since retired (its passphrase was
+    // changed while this value was in memory): sealed anew when that key is
+    // still known, as it was otherwise.
+    const std::optional<NSecretKeyId> id = NSealedSecretKeyId(m_stored);
+    NSecretKey old;
+    NUnicodeString plain;
+    if (id && NHasSecretKeySource() && NCurrentSecretKey(&key, ignored) && key.id != *id &&
+        NSecretKeyById(*id, &old, ignored) && NOpenSecret(old, place, m_stored, &plain, ignored) &&
+        NSealSecret(key, place, plain, stored, ignored)) {
+      return true;
+    }
+    *stored = m_stored;
+    return true;
+  }
+  if (m_isPlain) return NCurrentSecretKey(&key, params) && NSealSecret(key, place, m_plain, stored, params);
+  // A verifier, or an old clear text without a key to seal it with (none set
+  // up, or the passphrase not given), stays as it was: no worse than before.
+  if (IsUnsealed() && NCurrentSecretKey(&key, ignored) && NSealSecret(key, place, m_stored, stored, ignored)) {
+    return true;
+  }
+  *stored = m_stored;
+  return true;
 }

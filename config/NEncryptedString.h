@@ -1,17 +1,22 @@
 #pragma once
 
+#include <cstdint>
 #include <string_view>
 
+#include "base/NExport.h"
 #include "base/NUnicodeString.h"
 
 class NReportMessageParams;
+
+// %1 the value's place. The administrator's policy forbids saving passwords.
+inline constexpr std::uint32_t kMsgPasswordsNotSaved = 0xE138F087;
 
 // A value the store holds only in encrypted form: a saved password, say.
 // It is either a stored text, as read from the store, or a plain text a
 // person typed, which is sealed (NSecretFormat) with the process's secret
 // key (NSecretKeys) when its field is saved and never stored as it stands.
 // A value type; thread-compatible.
-class NEncryptedString {
+class CFGDECK_API NEncryptedString {
  public:
   NEncryptedString() = default;
   static NEncryptedString FromStored(NUnicodeString stored);
@@ -31,8 +36,9 @@ class NEncryptedString {
   bool Plain(std::u16string_view place, NUnicodeString* plain, NReportMessageParams& params) const;
   // What the store is to keep for this value at `place`: a plain text
   // sealed with the process's key (failing, with params saying why, when
-  // there is none), a sealed text as it is, and a text stored before values
-  // were sealed sealed when there is a key and as it was otherwise.
+  // there is none or policy forbids saving passwords), a sealed text as it
+  // is (sealed anew when its key was retired), and a text stored before
+  // values were sealed sealed when there is a key and as it was otherwise.
   bool ToStore(std::u16string_view place, NUnicodeString* stored, NReportMessageParams& params) const;
   // A stored text from before values were sealed, which the next save
   // seals when it can: neither empty, sealed, nor a passphrase verifier.

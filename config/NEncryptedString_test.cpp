@@ -8,7 +8,10 @@
 #include "config/NConfigTestFolder.h"
 #include "config/NProfile.h"
 #include "config/NSecretKeyring.h"
+#include "location/NRegistryBase.h"
 #include "platform/NPlatform.h"
+#include "platform/testing/NScopedEnvironment.h"
+#include "store/NIniRegistry.h"
 
 namespace {
 
@@ -25,9 +28,10 @@ class NEncryptedStringTest : public testing::Test {
   void UseKeyFile() {
     auto keyring = std::make_shared<NSecretKeyring>(NUnicodeString::FromUtf8(m_folder.Root().string()),
                                                     NUnicodeString::FromUtf8((m_folder.Root() / "keys").string()),
-                                                    NPlatform::Default());
-    NSetSecretKeySource(
-        [keyring](NSecretKey* key, NReportMessageParams& params) { return keyring->KeyFileKey(key, params); });
+                                                    NPlatform::Default(), nullptr);
+    NSetSecretKeySource([keyring](const NSecretKeyId* wanted, NSecretKey* key, NReportMessageParams& params) {
+      return keyring->Key(wanted, key, params);
+    });
   }
 
   bool Save(SecretRecord& record) {
@@ -120,5 +124,35 @@ TEST_F(NEncryptedStringTest, AnOldClearValueIsReadAsItStandsAndSealedAtTheNextSa
   ASSERT_TRUE(Save(reloaded));
   EXPECT_NE(File().find("S:\"Password V2\"=\r\n"), std::string::npos) << File();
 }
+
+#ifndef _WIN32
+// Windows reads policies from its real registry, which a test must not set.
+TEST_F(NEncryptedStringTest, WherePolicyForbidsSavingPasswordsNoneIsStoredAndTheSaveSaysWhy) {
+  UseKeyFile();
+  const std::filesystem::path registry = m_folder.Root().string() + "-registry";
+  NScopedEnvironment registryDir("CFGDECK_REGISTRY_DIR", registry.u16string());
+  NIniRegistry policies(NUnicodeString((registry / "HKEY_CURRENT_USER").u16string()),
+                        NUnicodeString((registry / "HKEY_LOCAL_MACHINE").u16string()));
+  for (NRegistryHive hive : {NRegistryHive::kCurrentUser, NRegistryHive::kLocalMachine}) {
+    std::unique_ptr<NRegistryKey> key;
+    ASSERT_TRUE(policies.OpenKey(hive, u"Software\\Policies\\Nerrin", true, &key).IsOk());
+    ASSERT_TRUE(key->SetDword(u"Save Passwords", 0));
+  }
+  NResetRegistryBase();
+
+  SecretRecord record;
+  record.password = NEncryptedString::FromPlain(u"hunter2");
+  record.host = u"router1";
+  auto key = m_folder.Key("Sessions");
+  NReportMessageParams params;
+  EXPECT_FALSE(record.WriteFields(*key, false, params));
+  EXPECT_EQ(params.GetCode(), kMsgPasswordsNotSaved);
+  ASSERT_TRUE(key->Flush(params));
+  EXPECT_EQ(File().find("Password"), std::string::npos) << File();
+  EXPECT_NE(File().find("router1"), std::string::npos) << "the other values were not saved";
+  std::filesystem::remove_all(registry);
+  NResetRegistryBase();
+}
+#endif
 
 }  // namespace

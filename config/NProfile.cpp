@@ -1,5 +1,7 @@
 #include "config/NProfile.h"
 
+#include "config/NSecretKeys.h"
+
 bool NProfileSz::Read(const NProfileKey& key, std::u16string_view name, NFileTime* value) {
   NUnicodeString stored;
   if (!key.GetStringValue(name, &stored)) return false;
@@ -14,7 +16,11 @@ bool NProfileSz::Read(const NProfileKey& key, std::u16string_view name, NFileTim
 bool NProfileSz::Write(NProfileKey& key, std::u16string_view name, const NEncryptedString& value) {
   NUnicodeString stored;
   NReportMessageParams params;
-  return value.ToStore(NSecretPlace(key.GetPath(), name), &stored, params) && key.SetStringValue(name, stored);
+  if (!value.ToStore(NSecretPlace(key.GetPath(), name), &stored, params)) {
+    NNoteSecretRefusal(params);
+    return false;
+  }
+  return key.SetStringValue(name, stored);
 }
 
 bool NProfileSz::Write(NProfileKey& key, std::u16string_view name, const NFileTime& value) {

@@ -1,5 +1,6 @@
 #include "config/NProfileData.h"
 
+#include "config/NSecretKeys.h"
 #include "location/NStatusReport.h"
 #include "platform/NStatus.h"
 
@@ -17,16 +18,19 @@ std::size_t NProfileRecord::ReadFields(const NProfileKey& key) {
 }
 
 bool NProfileRecord::WriteFields(NProfileKey& key, bool all) {
-  bool ok = true;
-  for (NProfileData* field : m_fields) ok = field->Write(key, all) && ok;
-  return ok;
+  NReportMessageParams ignored;
+  return WriteFields(key, all, ignored);
 }
 
 bool NProfileRecord::WriteFields(NProfileKey& key, bool all, NReportMessageParams& params) {
   bool ok = true;
   for (NProfileData* field : m_fields) {
     if (field->Write(key, all)) continue;
-    if (ok) NReportRefusedValue(key, *field, params);
+    // The first refusal is reported; every one's note is taken, so none is
+    // left behind for a later save.
+    NReportMessageParams why;
+    if (!NTakeSecretRefusal(&why)) NReportRefusedValue(key, *field, why);
+    if (ok) params = why;
     ok = false;
   }
   return ok;

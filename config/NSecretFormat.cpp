@@ -77,10 +77,10 @@ NUnicodeString NSecretPlace(std::u16string_view keyPath, std::u16string_view val
 
 bool NIsSealedSecret(std::u16string_view stored) { return stored.starts_with(kMark); }
 
-std::optional<std::array<std::uint8_t, 8>> NSealedSecretKeyId(std::u16string_view stored) {
+std::optional<NSecretKeyId> NSealedSecretKeyId(std::u16string_view stored) {
   const std::optional<Bytes> bytes = SealedBytes(stored.substr(0, kMark.size() + 2 * kIdSize));
   if (!bytes || bytes->size() != kIdSize) return std::nullopt;
-  std::array<std::uint8_t, 8> id;
+  NSecretKeyId id;
   std::copy(bytes->begin(), bytes->end(), id.begin());
   return id;
 }

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string_view>
 
+#include "base/NExport.h"
 #include "base/NUnicodeString.h"
 #include "location/NReportMessageParams.h"
 #include "platform/NCrypto.h"
@@ -41,10 +42,13 @@ inline std::span<const std::uint8_t> NSecretBytes(std::string_view text) {
   return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }
 
+// The id a stored value names its key by.
+using NSecretKeyId = std::array<std::uint8_t, 8>;
+
 // A key for values, with the id that stored values name it by.
 struct NSecretKey {
   NAes256Key bytes{};
-  std::array<std::uint8_t, 8> id{};
+  NSecretKeyId id{};
 
   // The key `bytes`, with its id (a one-way function of the key: the id
   // tells nothing of the key). False only when the system's crypto failed.
@@ -53,14 +57,14 @@ struct NSecretKey {
 
 // A value's place, as it is bound to the value: the key's path and the
 // value's name, without case (the store finds keys and names without case).
-NUnicodeString NSecretPlace(std::u16string_view keyPath, std::u16string_view valueName);
+CFGDECK_API NUnicodeString NSecretPlace(std::u16string_view keyPath, std::u16string_view valueName);
 
 // Whether `stored` is a sealed value rather than one kept before sealing.
 bool NIsSealedSecret(std::u16string_view stored);
 
 // The id of the key `stored` was sealed with; nothing for a value kept
 // before sealing or one too short to name a key.
-std::optional<std::array<std::uint8_t, 8>> NSealedSecretKeyId(std::u16string_view stored);
+std::optional<NSecretKeyId> NSealedSecretKeyId(std::u16string_view stored);
 
 // Seals `plain` for `place` with `key` into `*stored`. On failure (the
 // system's crypto) `*stored` is untouched and params says why.

@@ -5,13 +5,27 @@
 #include <chrono>
 #include <vector>
 
+#include "config/GlobalConfig.h"
+#include "config/NLibraryState.h"
+#include "config/NSecretKeys.h"
+#include "config/NSecretRekeyer.h"
 #include "location/NStatusReport.h"
 #include "platform/NPlatform.h"
+#include "platform/NSystemKeyStore.h"
 #include "platform/NUnicode.h"
+#include "platform/NUserFolders.h"
+#include "store/NProfileStoreFactory.h"
 
 namespace {
 
 constexpr std::u16string_view kVerifierMark = u"P1:";
+// The key "Global" and its values that say what protects the folder.
+constexpr std::u16string_view kGlobalKey = u"global";
+constexpr std::u16string_view kPassphraseValue = u"Config Passphrase";
+constexpr std::u16string_view kChangeValue = u"Change Config Passphrase";
+// While a change is under way: the key values may still be sealed with,
+// itself sealed with the new key.
+constexpr std::u16string_view kPreviousKeyValue = u"Config Passphrase Previous Key";
 constexpr std::size_t kSaltSize = 16;
 constexpr std::size_t kCheckSize = 32;
 
@@ -55,6 +69,30 @@ bool ParseVerifier(std::u16string_view stored, Verifier* verifier) {
          NSecretFromHex(stored.substr(colon + 2 + 2 * kSaltSize), verifier->check);
 }
 
+// Names a folder's keys by a one-way function of its path, without case:
+// neither the key folder nor the system's keyring lists the user's
+// configuration folders.
+NUnicodeString FolderId(const NUnicodeString& configFolder) {
+  NUnicodeString folded(configFolder);
+  std::transform(folded.begin(), folded.end(), folded.begin(), NFoldCase);
+  static constexpr std::string_view kLabel = "cfgdeck folder id";
+  std::array<std::uint8_t, 8> id{};
+  if (!NPbkdf2Sha256(NUtf16ToUtf8(folded), NSecretBytes(kLabel), 1, id)) id.fill(0);
+  return Hex(id);
+}
+
+// The process's global record, when loaded, learns what "Global" now says,
+// so that a later save of it does not put the old state back.
+void SyncGlobalRecord(const NUnicodeString& verifier, bool changePending) {
+  NLibraryState& state = NLibraryState::Get();
+  std::lock_guard<std::recursive_mutex> lock(state.mutex);
+  if (!state.global) return;
+  state.global->Lock();
+  state.global->m_configPassphrase.Load(NEncryptedString::FromStored(verifier));
+  state.global->m_changeConfigPassphrase.Load(changePending);
+  state.global->Unlock();
+}
+
 bool Fail(std::uint32_t code, std::u16string_view argument, NReportMessageParams& params) {
   params.SetCode(code);
   if (!argument.empty()) params.AddArgument(argument);
@@ -63,8 +101,22 @@ bool Fail(std::uint32_t code, std::u16string_view argument, NReportMessageParams
 
 }  // namespace
 
-NSecretKeyring::NSecretKeyring(NUnicodeString configFolder, NUnicodeString keyFolder, NPlatform& platform)
-    : m_configFolder(std::move(configFolder)), m_keyFolder(std::move(keyFolder)), m_platform(platform) {}
+struct NSecretKeyring::State {
+  NUnicodeString verifier;
+  bool changePending = false;
+  NUnicodeString previousKey;  // sealed, for previousPlace
+  NUnicodeString previousPlace;
+  bool previousOpened = false;
+};
+
+NSecretKeyring::NSecretKeyring(NUnicodeString configFolder, NUnicodeString keyFolder, NPlatform& platform,
+                               std::unique_ptr<NSystemKeyStore> system)
+    : m_configFolder(std::move(configFolder)),
+      m_keyFolder(std::move(keyFolder)),
+      m_platform(platform),
+      m_system(std::move(system)) {}
+
+NSecretKeyring::~NSecretKeyring() = default;
 
 bool NSecretKeyring::MakeVerifier(std::u16string_view passphrase, std::uint32_t iterations, NUnicodeString* verifier,
                                   NSecretKey* key, NReportMessageParams& params) {
@@ -102,6 +154,11 @@ bool NSecretKeyring::OpenVerifier(std::u16string_view passphrase, std::u16string
   return true;
 }
 
+std::uint32_t NSecretKeyring::VerifierIterations(std::u16string_view verifier) {
+  Verifier parsed;
+  return ParseVerifier(verifier, &parsed) ? parsed.iterations : 0;
+}
+
 std::uint32_t NSecretKeyring::MeasureIterations(double seconds) {
   constexpr std::uint32_t kProbe = 20'000;
   static constexpr std::uint8_t kSalt[kSaltSize] = {};
@@ -114,14 +171,7 @@ std::uint32_t NSecretKeyring::MeasureIterations(double seconds) {
 }
 
 NUnicodeString NSecretKeyring::KeyFilePath() const {
-  // Named by a one-way function of the folder's path, without case: the
-  // key folder does not list the user's configuration folders.
-  NUnicodeString folded(m_configFolder);
-  std::transform(folded.begin(), folded.end(), folded.begin(), NFoldCase);
-  static constexpr std::string_view kLabel = "cfgdeck folder id";
-  std::array<std::uint8_t, 8> id{};
-  if (!NPbkdf2Sha256(NUtf16ToUtf8(folded), NSecretBytes(kLabel), 1, id)) id.fill(0);
-  return m_keyFolder + m_platform.PathSeparator() + Hex(id) + u".key";
+  return m_keyFolder + m_platform.PathSeparator() + FolderId(m_configFolder) + u".key";
 }
 
 bool NSecretKeyring::KeyFileKey(NSecretKey* key, NReportMessageParams& params) {
@@ -166,5 +216,274 @@ bool NSecretKeyring::KeyFileKey(NSecretKey* key, NReportMessageParams& params) {
   stored.fill(0);
   if (!valid) return Fail(kMsgBadKeyFile, path, params);
   *key = made;
+  return true;
+}
+
+std::shared_ptr<NSecretKeyring> NSecretKeyring::Use(std::u16string_view configFolder) {
+  static std::mutex mutex;
+  static std::vector<std::shared_ptr<NSecretKeyring>> keyrings;
+  std::shared_ptr<NSecretKeyring> keyring;
+  {
+    std::lock_guard<std::mutex> lock(mutex);
+    const NUnicodeString id = FolderId(NUnicodeString(configFolder));
+    for (const auto& held : keyrings) {
+      if (FolderId(held->m_configFolder) == id) keyring = held;
+    }
+    if (!keyring) {
+      NPlatform& platform = NPlatform::Default();
+      NUnicodeString keyFolder(NUserConfigRoot());
+      keyFolder += platform.PathSeparator();
+      keyFolder += u"keys";
+      keyring = std::make_shared<NSecretKeyring>(NUnicodeString(configFolder), keyFolder, platform,
+                                                 NSystemKeyStore::Create(keyFolder, platform));
+      keyrings.push_back(keyring);
+    }
+  }
+  NSetSecretKeySource([keyring](const NSecretKeyId* wanted, NSecretKey* key, NReportMessageParams& params) {
+    return keyring->Key(wanted, key, params);
+  });
+  return keyring;
+}
+
+bool NSecretKeyring::ReadState(NReportMessageParams& params) {
+  if (m_state) return true;
+  auto state = std::make_unique<State>();
+  std::unique_ptr<NProfileStore> store = NCreateProfileStore();
+  if (!store) return Fail(kMsgNoSecretKey, {}, params);
+  std::unique_ptr<NProfileKey> root = store->OpenRootKey(true, params);
+  if (!root) return false;
+  // A folder without "Global" has no passphrase.
+  if (root->SubKeyExists(kGlobalKey)) {
+    std::unique_ptr<NProfileKey> global = root->OpenSubKey(kGlobalKey, params);
+    if (!global) return false;
+    std::uint32_t change = 0;
+    global->GetStringValue(kPassphraseValue, &state->verifier);
+    state->changePending = global->GetDwordValue(kChangeValue, &change) && change != 0 &&
+                           global->GetStringValue(kPreviousKeyValue, &state->previousKey);
+    state->previousPlace = NSecretPlace(global->GetPath(), kPreviousKeyValue);
+  }
+  if (!state->verifier.empty() && !IsVerifier(state->verifier)) {
+    return Fail(kMsgBadPassphraseVerifier, state->verifier, params);
+  }
+  m_state = std::move(state);
+  return true;
+}
+
+bool NSecretKeyring::HasPassphrase(NReportMessageParams& params) {
+  std::lock_guard<std::recursive_mutex> lock(m_mutex);
+  return ReadState(params) && !m_state->verifier.empty();
+}
+
+bool NSecretKeyring::Unlock(std::u16string_view passphrase, NReportMessageParams& params) {
+  std::lock_guard<std::recursive_mutex> lock(m_mutex);
+  if (!ReadState(params)) return false;
+  if (!m_state->verifier.empty()) {
+    NSecretKey key;
+    if (!OpenVerifier(passphrase, m_state->verifier, &key, params)) return false;
+    m_passphraseKey = key;
+    m_protection = NSecretProtection::kPassphrase;
+  }
+  return FinishChange({}, params);
+}
+
+bool NSecretKeyring::CurrentKey(NSecretKey* key, NReportMessageParams& params) {
+  if (!ReadState(params)) return false;
+  if (!m_state->verifier.empty()) {
+    if (!m_passphraseKey) return Fail(kMsgPassphraseNeeded, {}, params);
+    *key = *m_passphraseKey;
+  } else if (!SystemKey(key, params)) {
+    return false;
+  }
+  // The key of an interrupted change comes with the key that sealed it;
+  // without it the change could not finish, so nothing goes on.
+  if (m_state->changePending && !m_state->previousOpened) {
+    NUnicodeString hex;
+    NAes256Key bytes;
+    NSecretKey previous;
+    const bool opened = NOpenSecret(*key, m_state->previousPlace, m_state->previousKey, &hex, params) &&
+                        NSecretFromHex(hex, bytes) && NSecretKey::From(bytes, &previous);
+    std::fill(hex.begin(), hex.end(), u'\0');
+    bytes.fill(0);
+    if (!opened) return params.GetCode() != 0 ? false : Fail(kMsgSecretDamaged, m_state->previousPlace, params);
+    m_retired.push_back(previous);
+    m_state->previousOpened = true;
+  }
+  return true;
+}
+
+bool NSecretKeyring::Key(const NSecretKeyId* wanted, NSecretKey* key, NReportMessageParams& params) {
+  std::lock_guard<std::recursive_mutex> lock(m_mutex);
+  NSecretKey current;
+  if (!CurrentKey(&current, params)) return false;
+  if (!wanted || *wanted == current.id) {
+    *key = current;
+    return true;
+  }
+  for (const NSecretKey& retired : m_retired) {
+    if (retired.id == *wanted) {
+      *key = retired;
+      return true;
+    }
+  }
+  params.SetCode(kMsgSecretOtherKey);
+  params.AddArgument(m_configFolder);
+  return false;
+}
+
+std::optional<NSecretProtection> NSecretKeyring::Protection() const {
+  std::lock_guard<std::recursive_mutex> lock(const_cast<std::recursive_mutex&>(m_mutex));
+  return m_protection;
+}
+
+NUnicodeString NSecretKeyring::KeptIn() const {
+  std::lock_guard<std::recursive_mutex> lock(const_cast<std::recursive_mutex&>(m_mutex));
+  if (m_protection == NSecretProtection::kSystemKeyring) return NUnicodeString::FromUtf8(m_system->Name());
+  if (m_protection == NSecretProtection::kKeyFile) return KeyFilePath();
+  return m_protection ? NUnicodeString(u"Config Passphrase") : NUnicodeString();
+}
+
+bool NSecretKeyring::SystemKey(NSecretKey* key, NReportMessageParams& params) {
+  if (m_randomKey) {
+    *key = *m_randomKey;
+    return true;
+  }
+  // One process at a time decides where the folder's key lives, so that two
+  // never make two keys.
+  const NUnicodeString id = FolderId(m_configFolder);
+  std::unique_ptr<NFile> lock;
+  NStatus status = m_platform.CreateFolderChain(m_keyFolder, NFileSecurity::kOwnerOnly);
+  if (status.IsOk()) {
+    NOpenOptions options;
+    options.mode = NOpenMode::kCreateIfMissing;
+    options.access = NFileAccess::kReadWrite;
+    options.security = NFileSecurity::kOwnerOnly;
+    options.noFollow = true;
+    status = m_platform.OpenFile(m_keyFolder + m_platform.PathSeparator() + id + u".lock", options, &lock);
+  }
+  if (status.IsOk()) status = lock->Lock(0, 1, NLockKind::kExclusive);
+  if (!status.IsOk()) {
+    NReportStatus(status, params);
+    return false;
+  }
+  NAes256Key bytes{};
+  NSecretKey made;
+  NSecretProtection protection = NSecretProtection::kKeyFile;
+  const NSystemKeyResult found = m_system ? m_system->Load(id.ToUtf8(), &bytes) : NSystemKeyResult::kUnavailable;
+  bool ok;
+  if (found == NSystemKeyResult::kFound) {
+    ok = NSecretKey::From(bytes, &made) || Fail(kMsgSecretNotSealed, m_configFolder, params);
+    protection = NSecretProtection::kSystemKeyring;
+  } else {
+    ok = KeyFileKey(&made, params);
+    // A keyring that answers takes over the key file's key; the file goes
+    // once the keyring gives the key back.
+    if (ok && found == NSystemKeyResult::kMissing &&
+        m_system->Store(id.ToUtf8(), "cfgdeck key of " + m_configFolder.ToUtf8(), made.bytes) &&
+        m_system->Load(id.ToUtf8(), &bytes) == NSystemKeyResult::kFound && bytes == made.bytes) {
+      static_cast<void>(m_platform.DeleteFile(KeyFilePath()));
+      protection = NSecretProtection::kSystemKeyring;
+    }
+  }
+  bytes.fill(0);
+  static_cast<void>(lock->Unlock(0, 1));
+  if (!ok) return false;
+  m_randomKey = made;
+  m_protection = protection;
+  *key = made;
+  return true;
+}
+
+bool NSecretKeyring::WriteGlobal(const std::function<bool(NProfileKey&)>& change, NReportMessageParams& params) {
+  std::unique_ptr<NProfileStore> store = NCreateProfileStore();
+  if (!store) return Fail(kMsgNoSecretKey, {}, params);
+  std::unique_ptr<NProfileKey> root = store->OpenRootKey(false, params);
+  std::unique_ptr<NProfileKey> global = root ? root->OpenSubKey(kGlobalKey, params) : nullptr;
+  if (!global) return false;
+  if (!change(*global)) {
+    if (params.GetCode() == 0) NReportStatus(NStatus::Error(NStatus::kInvalidParameter, "store the value", global->GetPath()), params);
+    return false;
+  }
+  return global->Flush(params);
+}
+
+bool NSecretKeyring::ChangePassphrase(std::u16string_view passphrase, std::uint32_t iterations,
+                                      const std::function<void(std::size_t)>& progress, NReportMessageParams& params) {
+  std::lock_guard<std::recursive_mutex> lock(m_mutex);
+  // An earlier change is finished first: it holds the key it came from.
+  if (IsChangePending(params) && !FinishChange(progress, params)) return false;
+  NSecretKey old;
+  if (!CurrentKey(&old, params)) return false;
+  NUnicodeString verifier;
+  NSecretKey next;
+  if (passphrase.empty()) {
+    if (m_state->verifier.empty()) return true;
+    if (!SystemKey(&next, params)) return false;
+  } else if (!MakeVerifier(passphrase, iterations, &verifier, &next, params)) {
+    return false;
+  }
+  NUnicodeString hex, sealedOld;
+  NSecretHex(old.bytes, &hex);
+  // One save of "Global" turns the folder over to the new key.
+  const bool written = WriteGlobal(
+      [&](NProfileKey& global) {
+        m_state->previousPlace = NSecretPlace(global.GetPath(), kPreviousKeyValue);
+        return NSealSecret(next, m_state->previousPlace, hex, &sealedOld, params) &&
+               global.SetStringValue(kPassphraseValue, verifier) && global.SetDwordValue(kChangeValue, 1) &&
+               global.SetStringValue(kPreviousKeyValue, sealedOld);
+      },
+      params);
+  std::fill(hex.begin(), hex.end(), u'\0');
+  if (!written) return false;
+  m_state->verifier = verifier;
+  m_state->changePending = true;
+  SyncGlobalRecord(verifier, true);
+  m_state->previousKey = sealedOld;
+  m_state->previousOpened = true;
+  m_passphraseKey = passphrase.empty() ? std::nullopt : std::optional<NSecretKey>(next);
+  if (!passphrase.empty()) m_protection = NSecretProtection::kPassphrase;
+  m_retired.push_back(old);
+  return Rekey(progress, params);
+}
+
+bool NSecretKeyring::IsChangePending(NReportMessageParams& params) {
+  std::lock_guard<std::recursive_mutex> lock(m_mutex);
+  return ReadState(params) && m_state->changePending;
+}
+
+bool NSecretKeyring::FinishChange(const std::function<void(std::size_t)>& progress, NReportMessageParams& params) {
+  std::lock_guard<std::recursive_mutex> lock(m_mutex);
+  if (!ReadState(params)) return false;
+  if (!m_state->changePending) return true;
+  NSecretKey current;
+  return CurrentKey(&current, params) && Rekey(progress, params);
+}
+
+bool NSecretKeyring::Rekey(const std::function<void(std::size_t)>& progress, NReportMessageParams& params) {
+  NSecretKey current;
+  if (!CurrentKey(&current, params)) return false;
+  std::unique_ptr<NProfileStore> store = NCreateProfileStore();
+  if (!store) return Fail(kMsgNoSecretKey, {}, params);
+  std::unique_ptr<NProfileKey> root = store->OpenRootKey(false, params);
+  if (!root) return false;
+  NSecretRekeyer rekeyer(current, m_retired);
+  rekeyer.Run(*root, progress);
+  if (!rekeyer.Failures().empty()) {
+    // The change stays pending, and the next run goes on with it.
+    const NSecretRekeyer::Failure& first = rekeyer.Failures().front();
+    params.SetCode(kMsgRekeyUnfinished);
+    params.AddUnsigned(static_cast<std::uint32_t>(rekeyer.Failures().size()));
+    params.AddArgument(first.key + u": " + first.why);
+    return false;
+  }
+  if (!WriteGlobal(
+          [](NProfileKey& global) {
+            return global.DeleteValue(kPreviousKeyValue) && global.SetDwordValue(kChangeValue, 0);
+          },
+          params)) {
+    return false;
+  }
+  m_state->changePending = false;
+  m_state->previousKey.clear();
+  SyncGlobalRecord(m_state->verifier, false);
   return true;
 }

@@ -3,8 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <thread>
+#include <variant>
 
+#include <map>
+
+#include "config/NConfigTestFolder.h"
 #include "platform/NPlatform.h"
+#include "platform/NSystemKeyStore.h"
 #include "platform/testing/NTestFolder.h"
 
 namespace {
@@ -61,22 +66,22 @@ TEST(NSecretKeyringTest, TheWorkFactorNeverFallsBelowItsFloor) {
 
 class NSecretKeyFileTest : public NTestFolderTest {
  protected:
-  NSecretKeyring Keyring(const std::string& folder) {
-    return NSecretKeyring(Path("config/" + folder), Path("keys"), NPlatform::Default());
+  std::unique_ptr<NSecretKeyring> Keyring(const std::string& folder) {
+    return std::make_unique<NSecretKeyring>(Path("config/" + folder), Path("keys"), NPlatform::Default(), nullptr);
   }
 };
 
 TEST_F(NSecretKeyFileTest, EachFolderHasOneKeyMadeOnceOutsideIt) {
   NSecretKey first, second, other;
   NReportMessageParams params;
-  ASSERT_TRUE(Keyring("a").KeyFileKey(&first, params)) << params.GetText().ToUtf8();
-  ASSERT_TRUE(Keyring("a").KeyFileKey(&second, params));
-  ASSERT_TRUE(Keyring("b").KeyFileKey(&other, params));
+  ASSERT_TRUE(Keyring("a")->KeyFileKey(&first, params)) << params.GetText().ToUtf8();
+  ASSERT_TRUE(Keyring("a")->KeyFileKey(&second, params));
+  ASSERT_TRUE(Keyring("b")->KeyFileKey(&other, params));
   EXPECT_EQ(first.bytes, second.bytes);
   EXPECT_NE(first.bytes, other.bytes);
-  EXPECT_TRUE(Keyring("a").KeyFilePath().starts_with(Path("keys")));
+  EXPECT_TRUE(Keyring("a")->KeyFilePath().starts_with(Path("keys")));
   EXPECT_FALSE(Exists("config")) << "the keyring wrote into the configuration folder";
-  EXPECT_EQ(ReadText("keys/" + NUnicodeString(Keyring("a").KeyFilePath().substr(Path("keys/").size())).ToUtf8()).size(),
+  EXPECT_EQ(ReadText("keys/" + NUnicodeString(Keyring("a")->KeyFilePath().substr(Path("keys/").size())).ToUtf8()).size(),
             32u);
 }
 
@@ -86,7 +91,7 @@ TEST_F(NSecretKeyFileTest, ProcessesAskingAtOnceGetTheSameKey) {
   for (NSecretKey& key : keys) {
     askers.emplace_back([this, &key] {
       NReportMessageParams params;
-      EXPECT_TRUE(Keyring("shared").KeyFileKey(&key, params)) << params.GetText().ToUtf8();
+      EXPECT_TRUE(Keyring("shared")->KeyFileKey(&key, params)) << params.GetText().ToUtf8();
     });
   }
   for (std::thread& asker : askers) asker.join();
@@ -94,17 +99,216 @@ TEST_F(NSecretKeyFileTest, ProcessesAskingAtOnceGetTheSameKey) {
 }
 
 TEST_F(NSecretKeyFileTest, AFileThatHoldsNoKeyIsRefusedAndKept) {
-  const std::u16string path = Keyring("a").KeyFilePath();
+  const std::u16string path = Keyring("a")->KeyFilePath();
   const std::string name = NUnicodeString(path.substr(Path("keys/").size())).ToUtf8();
   std::filesystem::create_directories(Native("keys"));
   for (const std::string& content : {std::string("short"), std::string(33, 'k')}) {
     WriteText("keys/" + name, content);
     NSecretKey key;
     NReportMessageParams params;
-    EXPECT_FALSE(Keyring("a").KeyFileKey(&key, params)) << content.size();
+    EXPECT_FALSE(Keyring("a")->KeyFileKey(&key, params)) << content.size();
     EXPECT_EQ(params.GetCode(), kMsgBadKeyFile);
     EXPECT_EQ(ReadText("keys/" + name), content) << "a bad key file was overwritten";
   }
+}
+
+// The operating system's keyring, as the tests choose it to answer.
+class FakeSystemStore final : public NSystemKeyStore {
+ public:
+  FakeSystemStore(std::map<std::string, NAes256Key>* keys, bool answers) : m_keys(keys), m_answers(answers) {}
+  const char* Name() const override { return "Fake"; }
+  NSystemKeyResult Load(std::string_view id, NAes256Key* key) override {
+    if (!m_answers) return NSystemKeyResult::kUnavailable;
+    const auto found = m_keys->find(std::string(id));
+    if (found == m_keys->end()) return NSystemKeyResult::kMissing;
+    *key = found->second;
+    return NSystemKeyResult::kFound;
+  }
+  bool Store(std::string_view id, std::string_view, const NAes256Key& key) override {
+    if (m_answers) (*m_keys)[std::string(id)] = key;
+    return m_answers;
+  }
+  bool Remove(std::string_view id) override {
+    if (m_answers) m_keys->erase(std::string(id));
+    return m_answers;
+  }
+  std::string LastError() const override { return m_answers ? "" : "no keyring"; }
+
+ private:
+  std::map<std::string, NAes256Key>* m_keys;
+  bool m_answers;
+};
+
+// A configuration folder with the library's store on it, and keyrings on it
+// as separate processes would have them.
+class NSecretFolderTest : public testing::Test {
+ protected:
+  enum class System { kNone, kSilent, kAnswering };
+
+  std::unique_ptr<NSecretKeyring> Keyring(System system = System::kNone) {
+    std::unique_ptr<NSystemKeyStore> store;
+    if (system != System::kNone) store = std::make_unique<FakeSystemStore>(&m_systemKeys, system == System::kAnswering);
+    return std::make_unique<NSecretKeyring>(NUnicodeString::FromUtf8(m_folder.Root().string()), KeyFolder(),
+                                            NPlatform::Default(), std::move(store));
+  }
+  NUnicodeString KeyFolder() const { return NUnicodeString::FromUtf8(m_folder.Root().string() + "-keys"); }
+  ~NSecretFolderTest() override { std::filesystem::remove_all(m_folder.Root().string() + "-keys"); }
+
+  // Seals `plain` as `name` of `keyName` with the keyring's key.
+  void Seal(NSecretKeyring& keyring, const std::string& keyName, const std::u16string& name, const std::u16string& plain) {
+    auto key = m_folder.Key(keyName);
+    NSecretKey secret;
+    NUnicodeString stored;
+    NReportMessageParams params;
+    ASSERT_TRUE(keyring.Key(nullptr, &secret, params)) << params.GetText().ToUtf8();
+    ASSERT_TRUE(NSealSecret(secret, NSecretPlace(key->GetPath(), name), plain, &stored, params));
+    ASSERT_TRUE(key->SetStringValue(name, stored) && key->Flush(params));
+  }
+  // The plain text of `name` of `keyName` as the keyring opens it; the
+  // failure's code otherwise.
+  std::variant<std::u16string, std::uint32_t> Open(NSecretKeyring& keyring, const std::string& keyName,
+                                                   const std::u16string& name) {
+    auto key = m_folder.Key(keyName);
+    NUnicodeString stored, plain;
+    NSecretKey secret;
+    NReportMessageParams params;
+    if (!key->GetStringValue(name, &stored)) return 0u;
+    const auto id = NSealedSecretKeyId(stored);
+    if (!id || !keyring.Key(&*id, &secret, params) ||
+        !NOpenSecret(secret, NSecretPlace(key->GetPath(), name), stored, &plain, params)) {
+      return params.GetCode();
+    }
+    return std::u16string(plain);
+  }
+  std::optional<NSecretKeyId> IdOf(const std::string& keyName, const std::u16string& name) {
+    NUnicodeString stored;
+    m_folder.Key(keyName)->GetStringValue(name, &stored);
+    return NSealedSecretKeyId(stored);
+  }
+
+  NConfigTestFolder m_folder;
+  std::map<std::string, NAes256Key> m_systemKeys;
+  const std::vector<std::string> m_keys = {"Global", "Sessions\\a", "Sessions\\Lab\\b", "Sessions\\Lab\\c"};
+};
+
+using Text = std::variant<std::u16string, std::uint32_t>;
+
+TEST_F(NSecretFolderTest, TheKeyIsTheSystemKeyringsWhenOneAnswersElseAnOwnerOnlyFilesOutsideTheFolder) {
+  struct Case {
+    const char* name;
+    System system;
+    NSecretProtection expected;
+  } cases[] = {{"no system keyring", System::kNone, NSecretProtection::kKeyFile},
+               {"a keyring that does not answer", System::kSilent, NSecretProtection::kKeyFile},
+               {"a keyring that answers", System::kAnswering, NSecretProtection::kSystemKeyring}};
+  for (const Case& c : cases) {
+    std::filesystem::remove_all(KeyFolder().ToUtf8());
+    m_systemKeys.clear();
+    auto keyring = Keyring(c.system);
+    NSecretKey key;
+    NReportMessageParams params;
+    ASSERT_TRUE(keyring->Key(nullptr, &key, params)) << c.name << ": " << params.GetText().ToUtf8();
+    EXPECT_EQ(keyring->Protection(), c.expected) << c.name;
+    const bool inFile = std::filesystem::exists(keyring->KeyFilePath().ToUtf8());
+    EXPECT_EQ(inFile, c.expected == NSecretProtection::kKeyFile) << c.name;
+    EXPECT_EQ(m_systemKeys.size(), c.expected == NSecretProtection::kSystemKeyring ? 1u : 0u) << c.name;
+    NSecretKey again;
+    ASSERT_TRUE(Keyring(c.system)->Key(nullptr, &again, params)) << c.name;
+    EXPECT_EQ(again.bytes, key.bytes) << c.name << ": the next process got another key";
+  }
+  EXPECT_EQ(std::filesystem::directory_iterator(m_folder.Root()), std::filesystem::directory_iterator())
+      << "a key was written into the configuration folder";
+}
+
+TEST_F(NSecretFolderTest, AKeyringThatAnswersLaterTakesOverTheKeyFilesKey) {
+  Seal(*Keyring(System::kSilent), "Sessions\\a", u"Password V2", u"pw");
+  auto keyring = Keyring(System::kAnswering);
+  EXPECT_EQ(Open(*keyring, "Sessions\\a", u"Password V2"), Text(u"pw"));
+  EXPECT_EQ(keyring->Protection(), NSecretProtection::kSystemKeyring);
+  EXPECT_FALSE(std::filesystem::exists(keyring->KeyFilePath().ToUtf8())) << "the key stayed in its file as well";
+}
+
+TEST_F(NSecretFolderTest, APassphraseProtectsEveryValueAndIsNeededToReadThem) {
+  {
+    auto keyring = Keyring();
+    for (const std::string& key : m_keys) Seal(*keyring, key, u"Password V2", u"pw of " + NUnicodeString::FromUtf8(key));
+    NReportMessageParams params;
+    ASSERT_TRUE(keyring->ChangePassphrase(u"s3cret", kFastIterations, {}, params)) << params.GetText().ToUtf8();
+    EXPECT_EQ(keyring->Protection(), NSecretProtection::kPassphrase);
+  }
+  NUnicodeString verifier;
+  ASSERT_TRUE(m_folder.Key("Global")->GetStringValue(u"Config Passphrase", &verifier));
+  EXPECT_TRUE(NSecretKeyring::IsVerifier(verifier));
+
+  // A process that was not given the passphrase, then one given the wrong one.
+  auto locked = Keyring();
+  EXPECT_EQ(Open(*locked, "Sessions\\a", u"Password V2"), Text(kMsgPassphraseNeeded));
+  NReportMessageParams params;
+  EXPECT_FALSE(locked->Unlock(u"S3cret", params));
+  EXPECT_EQ(params.GetCode(), kMsgWrongPassphrase);
+  EXPECT_EQ(Open(*locked, "Sessions\\a", u"Password V2"), Text(kMsgPassphraseNeeded));
+
+  auto unlocked = Keyring();
+  ASSERT_TRUE(unlocked->Unlock(u"s3cret", params));
+  NSecretKey passphraseKey;
+  ASSERT_TRUE(unlocked->Key(nullptr, &passphraseKey, params));
+  for (const std::string& key : m_keys) {
+    EXPECT_EQ(Open(*unlocked, key, u"Password V2"), Text(u"pw of " + NUnicodeString::FromUtf8(key))) << key;
+    EXPECT_EQ(IdOf(key, u"Password V2"), passphraseKey.id) << key << " still opens with the old key";
+  }
+
+  // Removed: the values go back to a key of the user's, no passphrase asked.
+  ASSERT_TRUE(unlocked->ChangePassphrase(u"", kFastIterations, {}, params)) << params.GetText().ToUtf8();
+  auto plain = Keyring();
+  for (const std::string& key : m_keys) {
+    EXPECT_EQ(Open(*plain, key, u"Password V2"), Text(u"pw of " + NUnicodeString::FromUtf8(key))) << key;
+  }
+  EXPECT_FALSE(plain->HasPassphrase(params));
+}
+
+TEST_F(NSecretFolderTest, AnInterruptedChangeLeavesEveryValueReadableAndTheNextRunFinishesIt) {
+  NSecretKey oldKey;
+  {
+    auto keyring = Keyring();
+    for (const std::string& key : m_keys) Seal(*keyring, key, u"Password V2", u"pw");
+    NReportMessageParams params;
+    ASSERT_TRUE(keyring->Key(nullptr, &oldKey, params));
+    // The process dies after the second key.
+    struct Killed {};
+    EXPECT_THROW(keyring->ChangePassphrase(
+                     u"new", kFastIterations,
+                     [](std::size_t done) {
+                       if (done == 2) throw Killed();
+                     },
+                     params),
+                 Killed);
+    // Before the next run, this process still reads every value.
+    for (const std::string& key : m_keys) EXPECT_EQ(Open(*keyring, key, u"Password V2"), Text(u"pw")) << key;
+  }
+  NReportMessageParams params;
+  NUnicodeString verifier;
+  ASSERT_TRUE(m_folder.Key("Global")->GetStringValue(u"Config Passphrase", &verifier));
+  NSecretKey newKey;
+  ASSERT_TRUE(NSecretKeyring::OpenVerifier(u"new", verifier, &newKey, params));
+  std::size_t sealedWithOld = 0;
+  for (const std::string& key : m_keys) {
+    const auto id = IdOf(key, u"Password V2");
+    ASSERT_TRUE(id == oldKey.id || id == newKey.id) << key << " is sealed with neither key";
+    sealedWithOld += id == oldKey.id;
+  }
+  EXPECT_GT(sealedWithOld, 0u) << "the interruption came too late to test anything";
+
+  auto next = Keyring();
+  EXPECT_TRUE(next->IsChangePending(params));
+  ASSERT_TRUE(next->Unlock(u"new", params)) << params.GetText().ToUtf8();
+  EXPECT_FALSE(next->IsChangePending(params));
+  EXPECT_FALSE(Keyring()->IsChangePending(params)) << "the folder still says a change is under way";
+  for (const std::string& key : m_keys) {
+    EXPECT_EQ(IdOf(key, u"Password V2"), newKey.id) << key;
+    EXPECT_EQ(Open(*next, key, u"Password V2"), Text(u"pw")) << key;
+  }
+  NUnicodeString previous;
+  EXPECT_FALSE(m_folder.Key("Global")->GetStringValue(u"Config Passphrase Previous Key", &previous));
 }
 
 }  // namespace

@@ -16,5 +16,10 @@ bool NWriteStandard(NStandardStream stream, std::string_view bytes);
 // True when the stream is an interactive terminal.
 bool NIsTerminal(NStandardStream stream);
 
+// Reads one line of standard input as UTF-8, without its line end; false
+// at the end of the input with nothing read. With `echo` false and a
+// terminal on standard input, what is typed is not shown (a passphrase).
+bool NReadStandardLine(std::string* line, bool echo);
+
 // The program's arguments, argv[0] included, as UTF-8.
 std::vector<std::string> NCommandLineArguments(int argc, char** argv);

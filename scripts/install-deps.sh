@@ -6,10 +6,10 @@
 set -euo pipefail
 
 packages=(cmake ninja-build g++ pkg-config libicu-dev libcli11-dev libxxhash-dev nlohmann-json3-dev libcups2-dev
-          libssl-dev qt6-base-dev)
+          libssl-dev libsecret-1-dev qt6-base-dev)
 if [[ "${1:-}" == "--test" ]]; then
   packages+=(googletest libgtest-dev libgmock-dev libbenchmark-dev clang-14 libclang-rt-14-dev g++-mingw-w64-x86-64
-             binutils-mingw-w64-x86-64 wine wine64 xvfb xauth)
+             binutils-mingw-w64-x86-64 wine wine64 xvfb xauth gnome-keyring dbus-daemon dbus-bin)
 fi
 
 missing=()

@@ -14,9 +14,11 @@
 #include "tools/NPathCommands.h"
 #include "tools/NSessionCommands.h"
 #include "tools/NPersonalCommands.h"
+#include "tools/NSecretCommands.h"
 #include "tools/NStoreCommands.h"
 #include "tools/NToolFolder.h"
 #include "tools/NToolOutput.h"
+#include "tools/NToolStore.h"
 #include "location/NPersonalDataFolder.h"
 #include "uicore/NAppName.h"
 
@@ -74,9 +76,18 @@ int NCommandLine::Run(const std::vector<std::string>& args) {
   auto* multiOption = set->add_option("--multi", multiText, "A multi-string: zero or more strings")
                           ->option_text("[TEXT...]")
                           ->expected(0, -1);
-  dwordOption->excludes(stringOption)->excludes(binaryOption)->excludes(multiOption);
-  stringOption->excludes(binaryOption)->excludes(multiOption);
-  binaryOption->excludes(multiOption);
+  bool secret = false, fromStdin = false, showSecrets = false;
+  auto* secretOption = set->add_flag("--secret", secret,
+                                     "An encrypted value (a password): read from the terminal without echo, "
+                                     "and stored encrypted");
+  set->add_flag("--stdin", fromStdin,
+                "With --secret: read the passphrase (when one is set) and then the value from standard input, "
+                "one a line")
+      ->needs(secretOption);
+  dwordOption->excludes(stringOption)->excludes(binaryOption)->excludes(multiOption)->excludes(secretOption);
+  stringOption->excludes(binaryOption)->excludes(multiOption)->excludes(secretOption);
+  binaryOption->excludes(multiOption)->excludes(secretOption);
+  multiOption->excludes(secretOption);
   CLI::App* remove = app.add_subcommand("delete", "Delete one value of a key and save it");
   remove->add_option("KEY", key, "The key's path")->required();
   remove->add_option("NAME", name, "The value's name")->required();
@@ -93,6 +104,8 @@ int NCommandLine::Run(const std::vector<std::string>& args) {
       ->option_text("ID");
   global->add_flag("--json", json, "One JSON object, keyed by the value names as bound for the product");
   global->add_flag("--save", save, "Then save the record, unchanged values included");
+  global->add_flag("--show-secrets", showSecrets,
+                   "Print encrypted values in clear (asks for the passphrase when one is set)");
   NDialogCommands::Request dialogRequest;
   CLI::App* dialog = app.add_subcommand(
       "dialog", "Run the options dialog without a window: set controls, press OK or Apply, print its pages");
@@ -114,6 +127,8 @@ int NCommandLine::Run(const std::vector<std::string>& args) {
   session->add_option("PATH", sessionPath, "The session's path, e.g. Lab/router1")->required();
   session->add_flag("--json", json, "One JSON object, keyed by the value names");
   session->add_flag("--save", save, "Then save the session, unchanged values included");
+  session->add_flag("--show-secrets", showSecrets,
+                    "Print encrypted values in clear (asks for the passphrase when one is set)");
   CLI::App* newSession = app.add_subcommand("new-session", "Create a session from the session Default, and save it");
   newSession->add_option("PATH", sessionPath, "The new session's path")->required();
   CLI::App* renameSession = app.add_subcommand("rename-session", "Give a session a new name in its folder");
@@ -135,6 +150,7 @@ int NCommandLine::Run(const std::vector<std::string>& args) {
   NPathCommands paths(app);
   NKeyPrinterCommands keyPrinter(app);
   NPersonalCommands personal(app);
+  NSecretCommands secrets(app);
 
   // CLI11 takes the arguments last first, without the program name.
   std::vector<std::string> reversed(args.rbegin(), args.rend());
@@ -161,6 +177,7 @@ int NCommandLine::Run(const std::vector<std::string>& args) {
   if (paths.Parsed()) return paths.Run();
   if (keyPrinter.Parsed()) return keyPrinter.Run();
   if (personal.Parsed()) return personal.Run(m_configFolder);
+  if (secrets.Parsed()) return secrets.Run(m_configFolder, m_appName);
   NStoreCommands store(m_configFolder);
   if (dump->parsed()) return store.Dump(key);
   if (keys->parsed()) return store.Keys(key);
@@ -173,10 +190,11 @@ int NCommandLine::Run(const std::vector<std::string>& args) {
     if (multiAt != args.end() && (multiAt + 1 == args.end() || (multiAt + 1)->rfind("--", 0) == 0)) {
       multiText.clear();
     }
-    if (!*dwordOption && !*stringOption && !*binaryOption && !multiGiven) {
-      NErr("cfgdeck set: give the value with one of --dword, --string, --binary or --multi\n");
+    if (!*dwordOption && !*stringOption && !*binaryOption && !multiGiven && !secret) {
+      NErr("cfgdeck set: give the value with one of --dword, --string, --binary, --multi or --secret\n");
       return kExitUsage;
     }
+    if (secret) return SetSecret(store, key, name, fromStdin);
     if (*dwordOption) value.dword = dwordText;
     if (*stringOption) value.string = stringText;
     if (*binaryOption) value.binary = binaryText;
@@ -186,11 +204,15 @@ int NCommandLine::Run(const std::vector<std::string>& args) {
   if (remove->parsed()) return store.Delete(key, name);
   if (removeKey->parsed()) return store.DeleteKey(key);
   if (check->parsed()) return store.Check(key);
-  if (global->parsed()) return NGlobalCommands(m_configFolder, m_appName).Global(productId, json, save);
+  if (global->parsed()) {
+    return NGlobalCommands(m_configFolder, m_appName).Global(productId, json, save, showSecrets);
+  }
   if (dialog->parsed()) return NDialogCommands(m_configFolder, m_appName).Global(dialogRequest);
   if (product->parsed()) return NGlobalCommands(m_configFolder, m_appName).Product();
   if (sessions->parsed()) return NSessionCommands(m_configFolder, m_appName).List();
-  if (session->parsed()) return NSessionCommands(m_configFolder, m_appName).Show(sessionPath, json, save);
+  if (session->parsed()) {
+    return NSessionCommands(m_configFolder, m_appName).Show(sessionPath, json, save, showSecrets);
+  }
   if (newSession->parsed()) return NSessionCommands(m_configFolder, m_appName).Create(sessionPath);
   if (renameSession->parsed()) return NSessionCommands(m_configFolder, m_appName).Rename(sessionPath, newName);
   if (copySession->parsed()) return NSessionCommands(m_configFolder, m_appName).Copy(sessionPath, newPath);
@@ -199,6 +221,23 @@ int NCommandLine::Run(const std::vector<std::string>& args) {
     return NSessionCommands(m_configFolder, m_appName).ValidateName(location, oldName, newName, isNew);
   }
   return Overview();
+}
+
+int NCommandLine::SetSecret(NStoreCommands& store, const std::string& key, const std::string& name, bool fromStdin) {
+  // The folder's store is registered for the keyring, which reads "Global".
+  NToolStore registered(m_configFolder, m_appName);
+  if (!NSecretCommands::OpenSecrets(m_configFolder, fromStdin)) return kExitFailure;
+  if (!fromStdin) NErr("Value of " + name + ": ");
+  std::string line;
+  if (!NReadStandardLine(&line, false)) {
+    NErr("cfgdeck set: no value was given\n");
+    return kExitFailure;
+  }
+  NStoreCommands::NewValue value;
+  value.secret = std::move(line);
+  const int status = store.Set(key, name, value);
+  std::fill(value.secret->begin(), value.secret->end(), '\0');
+  return status;
 }
 
 int NCommandLine::Message(const std::string& code, const std::vector<std::string>& arguments) {

@@ -3,6 +3,8 @@
 #include <nlohmann/json.hpp>
 
 #include "config/NProfile.h"
+#include "config/NSecretFormat.h"
+#include "tools/NToolOutput.h"
 
 namespace {
 
@@ -49,15 +51,32 @@ std::string Plain(const NFieldValue& value) {
 
 }  // namespace
 
-std::string NFormatFields(const std::vector<NProfileData*>& fields, bool json) {
+std::string NFormatFields(const std::vector<NProfileData*>& fields, bool json, std::u16string_view keyPath,
+                          bool showSecrets) {
+  auto describe = [&](const NProfileData* field) {
+    NFieldValue value = field->Describe();
+    const auto* secret = dynamic_cast<const NProfileEncrypted*>(field);
+    if (!secret || secret->Get().IsEmpty()) return value;
+    NUnicodeString plain;
+    NReportMessageParams params;
+    if (!showSecrets) {
+      value.text = u"(encrypted)";
+    } else if (secret->Get().Plain(NSecretPlace(keyPath, field->Name()), &plain, params)) {
+      value.text = std::move(plain);
+    } else {
+      value.text = u"(encrypted)";
+      NErr("cfgdeck: " + params.GetText().ToUtf8() + "\n");
+    }
+    return value;
+  };
   if (json) {
     nlohmann::ordered_json object = nlohmann::ordered_json::object();
-    for (const NProfileData* field : fields) object[NUnicodeString(field->Name()).ToUtf8()] = Json(field->Describe());
+    for (const NProfileData* field : fields) object[NUnicodeString(field->Name()).ToUtf8()] = Json(describe(field));
     return object.dump(2) + "\n";
   }
   std::string lines;
   for (const NProfileData* field : fields) {
-    lines += NUnicodeString(field->Name()).ToUtf8() + "=" + Plain(field->Describe()) + "\n";
+    lines += NUnicodeString(field->Name()).ToUtf8() + "=" + Plain(describe(field)) + "\n";
   }
   return lines;
 }

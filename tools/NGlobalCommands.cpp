@@ -8,6 +8,7 @@
 #include "location/NConfigFolder.h"
 #include "store/NIniFileStoreFactory.h"
 #include "tools/NFieldPrinter.h"
+#include "tools/NSecretCommands.h"
 #include "tools/NToolOutput.h"
 #include "uicore/NAppName.h"
 
@@ -17,14 +18,16 @@ std::string YesNo(bool value) { return value ? "yes" : "no"; }
 
 }  // namespace
 
-NGlobalCommands::NGlobalCommands(std::string folder, std::string appName) : m_store(folder, appName) {}
+NGlobalCommands::NGlobalCommands(std::string folder, std::string appName)
+    : m_store(folder, appName), m_folder(std::move(folder)) {}
 
 NGlobalCommands::~NGlobalCommands() = default;
 
-int NGlobalCommands::Global(int productId, bool json, bool save) {
+int NGlobalCommands::Global(int productId, bool json, bool save, bool showSecrets) {
+  if (showSecrets && !NSecretCommands::OpenSecrets(m_folder, false)) return kExitFailure;
   GlobalConfig* config = nullptr;
   GetGlobalConfig(config, productId);
-  NOut(NFormatFields(config->Fields(), json));
+  NOut(NFormatFields(config->Fields(), json, u"Global", showSecrets));
   if (!save) return kExitSuccess;
   NReportMessageParams params;
   if (!NGlobalConfigStore::Save(true, params)) {

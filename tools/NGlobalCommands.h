@@ -15,7 +15,8 @@ class NGlobalCommands {
   // Prints every field of the global record for `productId`, as
   // "name=value" lines or one JSON object; then saves it with the save flag
   // set when `save`.
-  int Global(int productId, bool json, bool save);
+  // Encrypted values are "(encrypted)" unless `showSecrets`.
+  int Global(int productId, bool json, bool save, bool showSecrets = false);
   int Product();
   // The folder's format version and the global record's counts, for the
   // overview.
@@ -23,4 +24,5 @@ class NGlobalCommands {
 
  private:
   NToolStore m_store;
+  std::string m_folder;
 };

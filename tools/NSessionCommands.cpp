@@ -1,5 +1,7 @@
 #include "tools/NSessionCommands.h"
 
+#include "tools/NSecretCommands.h"
+
 #include <cstdio>
 
 #include "base/NUnknownPointer.h"
@@ -43,7 +45,8 @@ using NSessionHandle = NUnknownPointer<ISessionConfig>;
 
 }  // namespace
 
-NSessionCommands::NSessionCommands(const std::string& folder, const std::string& appName) : m_store(folder, appName) {}
+NSessionCommands::NSessionCommands(const std::string& folder, const std::string& appName)
+    : m_store(folder, appName), m_folder(folder) {}
 
 int NSessionCommands::List() {
   std::unique_ptr<NProfileStore> store = m_store.Factory().CreateStore();
@@ -66,12 +69,13 @@ int NSessionCommands::List() {
   return walked ? kExitSuccess : Failed("walk the sessions", params);
 }
 
-int NSessionCommands::Show(const std::string& path, bool json, bool save) {
+int NSessionCommands::Show(const std::string& path, bool json, bool save, bool showSecrets) {
+  if (showSecrets && !NSecretCommands::OpenSecrets(m_folder, false)) return kExitFailure;
   NReportMessageParams params;
   // Writable: loading converts an old logon script and writes it at once.
   auto session = NSessionHandle::Adopt(NOpenSession(SessionPath(path), false, params));
   if (!session) return Failed("open the session '" + path + "'", params);
-  NOut(NFormatFields(session->Config().AllFields(), json));
+  NOut(NFormatFields(session->Config().AllFields(), json, u"Sessions\\" + SessionPath(path), showSecrets));
   if (!save) return kExitSuccess;
   // Every value, as a save with the save flag set writes it.
   for (NProfileData* field : session->Config().AllFields()) field->Touch();

@@ -12,7 +12,8 @@ class NSessionCommands {
   NSessionCommands(const std::string& folder, const std::string& appName);
 
   int List();
-  int Show(const std::string& path, bool json, bool save);
+  // Encrypted values are "(encrypted)" unless `showSecrets`.
+  int Show(const std::string& path, bool json, bool save, bool showSecrets = false);
   int Create(const std::string& path);
   int Rename(const std::string& path, const std::string& newName);
   int Copy(const std::string& path, const std::string& newPath);
@@ -21,4 +22,5 @@ class NSessionCommands {
 
  private:
   NToolStore m_store;
+  std::string m_folder;
 };

@@ -1,5 +1,8 @@
 #include "tools/NStoreCommands.h"
 
+#include "config/NEncryptedString.h"
+#include "config/NSecretFormat.h"
+
 #include <charconv>
 
 #include "config/NSessionTree.h"
@@ -190,6 +193,14 @@ int NStoreCommands::Set(const std::string& keyPath, const std::string& name, con
     NStringArray strings;
     for (const std::string& s : *value.multi) strings.Add(NUnicodeString::FromUtf8(s));
     accepted = key->SetMultiStringValue(valueName, strings);
+  } else if (value.secret) {
+    NUnicodeString stored;
+    NReportMessageParams params;
+    if (!NEncryptedString::FromPlain(NUnicodeString::FromUtf8(*value.secret))
+             .ToStore(NSecretPlace(key->GetPath(), valueName), &stored, params)) {
+      return Failed("cannot encrypt value '" + name + "'", params);
+    }
+    accepted = key->SetStringValue(valueName, stored);
   }
   if (!accepted) {
     return Refuse("the store cannot hold this value: names cannot be empty or hold a double quote or a line "

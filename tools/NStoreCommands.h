@@ -27,6 +27,7 @@ class NStoreCommands {
     std::optional<std::string> string;
     std::optional<std::string> binary;
     std::optional<std::vector<std::string>> multi;
+    std::optional<std::string> secret;  // plain: stored encrypted
   };
   int Set(const std::string& key, const std::string& name, const NewValue& value);
   int Delete(const std::string& key, const std::string& name);

@@ -328,5 +328,57 @@ check "personal without a command is bad usage" 2 "$status"
 export CFGDECK_REGISTRY_DIR="$(mktemp -d)"
 rm -rf "$personal_dir"
 
+# ---- secrets: encrypted values, the passphrase, and no password in clear anywhere ----
+secret_dir="$(mktemp -d)"
+cp -r "$examples" "$secret_dir/cfg"
+scfg=(--config "$secret_dir/cfg")
+# A key file of the test's own, and no system keyring: the fallback is what is tested here.
+export XDG_CONFIG_HOME="$secret_dir/xdg" DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent
+# The password in UTF-8 and in UTF-16: no file may hold it in either.
+password='Zebra-9f31'
+utf16="$(printf '%s' "$password" | iconv -f UTF-8 -t UTF-16LE | od -An -tx1 | tr -d ' \n')"
+no_clear_password() {  # no_clear_password NAME FOLDER...
+  local found=0 file
+  while IFS= read -r -d '' file; do
+    if grep -qF "$password" "$file" || od -An -tx1 "$file" | tr -d ' \n' | grep -q "$utf16"; then
+      found=1
+      echo "  the password is in clear in $file"
+    fi
+  done < <(find "${@:2}" -type f -print0)
+  check "$1" 0 "$found"
+}
+printf '%s\n' "$password" | "$tool" "${scfg[@]}" set Sessions/Lab/router1 "Monitor Password V2" --secret --stdin
+check "set --secret exit" 0 $?
+run "${scfg[@]}" session Lab/router1
+[[ "$out" == *$'\nMonitor Password V2=(encrypted)\n'* ]]; check "session prints (encrypted)" 0 $?
+run "${scfg[@]}" session Lab/router1 --show-secrets
+[[ "$out" == *$'\nMonitor Password V2='"$password"$'\n'* ]]; check "--show-secrets opens it" 0 $?
+run "${scfg[@]}" passphrase status
+check "the key file protects without a passphrase" \
+  "Passphrase=none"$'\n'"Protection=key file"$'\n'"Key kept in=$(echo "$secret_dir"/xdg/cfgdeck/keys/*.key)"$'\n'"Change pending=false"$'\n' "$out"
+[[ "$(stat -c %a "$secret_dir"/xdg/cfgdeck/keys/*.key)" == 600 ]]; check "the key file is the user's only" 0 $?
+# Kept apart, the session's personal values are encrypted anew with the rest.
+"$tool" "${scfg[@]}" personal migrate >/dev/null; check "migrate with a secret" 0 $?
+printf 'first pass\n' | "$tool" "${scfg[@]}" passphrase set --stdin --work-factor 100000 >/dev/null
+check "passphrase set" 0 $?
+run "${scfg[@]}" passphrase set --stdin </dev/null
+check "set where one is set is refused" 1 "$status"
+printf 'wrong\n' | "$tool" "${scfg[@]}" session Lab/router1 --show-secrets >/dev/null 2>&1
+check "a wrong passphrase is refused" 1 $?
+printf 'first pass\nsecond pass\n' | "$tool" "${scfg[@]}" passphrase change --stdin --work-factor 100000 >/dev/null
+check "passphrase change" 0 $?
+out="$(printf 'second pass\n' | "$tool" "${scfg[@]}" session Lab/router1 --show-secrets 2>/dev/null)"
+[[ "$out" == *$'\nMonitor Password V2='"$password"$'\n'* ]]; check "the changed passphrase opens it" 0 $?
+grep -q '^S:"Config Passphrase"=P1:100000:' "$secret_dir"/cfg/[Gg]lobal.ini; check "only a verifier is stored" 0 $?
+no_clear_password "no password in clear, configuration or personal data folder" "$secret_dir/cfg" "$secret_dir/cfg.personal"
+printf 'second pass\n' | "$tool" "${scfg[@]}" passphrase clear --stdin >/dev/null; check "passphrase clear" 0 $?
+run "${scfg[@]}" session Lab/router1 --show-secrets
+[[ "$out" == *$'\nMonitor Password V2='"$password"$'\n'* ]]; check "without a passphrase the key file opens it again" 0 $?
+run "${scfg[@]}" passphrase
+check "passphrase without a command is bad usage" 2 "$status"
+"$tool" "${scfg[@]}" personal merge >/dev/null
+unset XDG_CONFIG_HOME DBUS_SESSION_BUS_ADDRESS
+rm -rf "$secret_dir"
+
 echo "$((checks - failures)) passed, $failures failed"
 [[ $failures -eq 0 ]]

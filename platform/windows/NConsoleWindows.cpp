@@ -26,6 +26,42 @@ bool NIsTerminal(NStandardStream stream) {
   return GetConsoleMode(Handle(stream), &mode) != 0;
 }
 
+bool NReadStandardLine(std::string* line, bool echo) {
+  const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
+  DWORD saved = 0;
+  const bool console = GetConsoleMode(input, &saved) != 0;
+  line->clear();
+  if (console) {
+    // A console hands out UTF-16; the echo is a mode of its own.
+    if (!echo) SetConsoleMode(input, saved & ~static_cast<DWORD>(ENABLE_ECHO_INPUT));
+    std::u16string wide;
+    wchar_t c;
+    DWORD read = 0;
+    bool any = false;
+    while (ReadConsoleW(input, &c, 1, &read, nullptr) && read == 1 && c != L'\n') {
+      any = true;
+      if (c != L'\r') wide.push_back(static_cast<char16_t>(c));
+    }
+    any = any || read == 1;
+    if (!echo) {
+      SetConsoleMode(input, saved);
+      NWriteStandard(NStandardStream::kError, "\r\n");
+    }
+    *line = NUtf16ToUtf8(wide);
+    return any;
+  }
+  bool any = false;
+  char c;
+  DWORD read = 0;
+  while (ReadFile(input, &c, 1, &read, nullptr) && read == 1) {
+    any = true;
+    if (c == '\n') break;
+    line->push_back(c);
+  }
+  if (!line->empty() && line->back() == '\r') line->pop_back();
+  return any;
+}
+
 std::vector<std::string> NCommandLineArguments(int argc, char** argv) {
   // The narrow argv is in the ANSI code page and loses characters; read the
   // real UTF-16 command line instead.
