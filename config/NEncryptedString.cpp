@@ -30,7 +30,11 @@ bool NEncryptedString::Plain(std::u16string_view place, NUnicodeString* plain, N
   // An old clear text, or one too damaged to name its key: NOpenSecret says which.
   if (!id) return NOpenSecret(NSecretKey{}, place, m_stored, plain, params);
   NSecretKey key;
-  return NSecretKeyById(*id, &key, params) && NOpenSecret(key, place, m_stored, plain, params);
+  if (!NSecretKeyById(*id, &key, params)) {
+    if (params.GetCode() == kMsgSecretOtherKey && params.GetArguments().IsEmpty()) params.AddArgument(place);
+    return false;
+  }
+  return NOpenSecret(key, place, m_stored, plain, params);
 }
 
 bool NEncryptedString::ToStore(std::u16string_view place, NUnicodeString* stored, NReportMessageParams& params) const {

@@ -325,8 +325,7 @@ bool NSecretKeyring::Key(const NSecretKeyId* wanted, NSecretKey* key, NReportMes
       return true;
     }
   }
-  params.SetCode(kMsgSecretOtherKey);
-  params.AddArgument(m_configFolder);
+  params.SetCode(kMsgSecretOtherKey);  // the caller knows the value's place
   return false;
 }
 
