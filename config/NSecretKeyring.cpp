@@ -330,12 +330,12 @@ bool NSecretKeyring::Key(const NSecretKeyId* wanted, NSecretKey* key, NReportMes
 }
 
 std::optional<NSecretProtection> NSecretKeyring::Protection() const {
-  std::lock_guard<std::recursive_mutex> lock(const_cast<std::recursive_mutex&>(m_mutex));
+  std::lock_guard<std::recursive_mutex> lock(m_mutex);
   return m_protection;
 }
 
 NUnicodeString NSecretKeyring::KeptIn() const {
-  std::lock_guard<std::recursive_mutex> lock(const_cast<std::recursive_mutex&>(m_mutex));
+  std::lock_guard<std::recursive_mutex> lock(m_mutex);
   if (m_protection == NSecretProtection::kSystemKeyring) return NUnicodeString::FromUtf8(m_system->Name());
   if (m_protection == NSecretProtection::kKeyFile) return KeyFilePath();
   return m_protection ? NUnicodeString(u"Config Passphrase") : NUnicodeString();

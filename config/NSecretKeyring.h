@@ -137,7 +137,7 @@ class CFGDECK_API NSecretKeyring {
   NUnicodeString m_keyFolder;
   NPlatform& m_platform;
   std::unique_ptr<NSystemKeyStore> m_system;
-  std::recursive_mutex m_mutex;  // guards everything below
+  mutable std::recursive_mutex m_mutex;  // guards everything below
   std::unique_ptr<State> m_state;
   std::optional<NSecretKey> m_passphraseKey;
   std::optional<NSecretKey> m_randomKey;
