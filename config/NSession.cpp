@@ -221,6 +221,7 @@ ISessionConfig* NCreateSession(std::u16string_view path, NReportMessageParams& p
     // What names one connection stays the record's own.
     config.m_connect.m_hostname.Reset();
     config.m_connect.m_username.Reset();
+    config.m_connect.m_password.Reset();
     config.m_description.Reset();
   }
   config.m_isSession = true;

@@ -70,6 +70,6 @@ bool ValidateSessionName(const NUnicodeString& location, const NUnicodeString& o
   NReportMessageParams params;
   if (NCheckSessionName(location, oldName, newName, isNew, params)) return true;
   const unsigned icon = params.GetCode() == kMsgNameInUse ? kMessageBoxIconWarning : kMessageBoxIconInformation;
-  NMessageBox(parent, params.GetText(), NGetAppName(), kMessageBoxOk | icon);
+  NMessageBox(parent, params.GetCode(), params.GetText(), NGetAppName(), kMessageBoxOk | icon);
   return false;
 }

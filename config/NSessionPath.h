@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 
 #include "base/NUnicodeString.h"
@@ -24,4 +25,13 @@ inline std::u16string_view NSessionFolderOf(std::u16string_view path) {
 inline std::u16string_view NSessionNameOf(std::u16string_view path) {
   const std::size_t slash = path.rfind(u'\\');
   return slash == std::u16string_view::npos ? path : path.substr(slash + 1);
+}
+
+// A path as a person types it, with "/" or "\\" between names.
+inline NUnicodeString NSessionPathFromUtf8(std::string_view typed) {
+  NUnicodeString path = NUnicodeString::FromUtf8(std::string(typed));
+  for (char16_t& c : path) {
+    if (c == u'/') c = u'\\';
+  }
+  return path;
 }

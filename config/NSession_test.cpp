@@ -40,6 +40,7 @@ TEST_F(NSessionTest, NewSessionsStartFromDefaultButKeepTheirOwnConnection) {
     auto key = m_folder.Key("Sessions\\Default");
     key->SetStringValue(u"Hostname", u"template.example");
     key->SetStringValue(u"Emulation", u"VT220");
+    key->SetStringValue(u"Password V2", u"template password");
     ASSERT_TRUE(key->Flush());
   }
   auto session = NUnknownPointer<ISessionConfig>::Adopt(NCreateSession(u"Lab\\new", m_params));
@@ -47,6 +48,7 @@ TEST_F(NSessionTest, NewSessionsStartFromDefaultButKeepTheirOwnConnection) {
   EXPECT_EQ(session->Config().m_terminal.m_rows.Get(), 40);
   EXPECT_EQ(session->Config().m_terminal.m_emulation.Get(), u"VT220");
   EXPECT_EQ(session->Config().m_connect.m_hostname.Get(), u"");
+  EXPECT_EQ(session->Config().m_connect.m_password.Get().Stored(), u"") << "a password names one connection too";
   ASSERT_TRUE(session->Save(m_params)) << m_params.GetText().ToUtf8();
   EXPECT_EQ(Dword("Lab\\new", u"Is Session"), 1u);
   EXPECT_EQ(Dword("Lab\\new", u"Cols"), 80u) << "a new session is written whole";

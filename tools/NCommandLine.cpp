@@ -6,20 +6,20 @@
 #include <charconv>
 
 #include "base/NUnicodeString.h"
+#include "location/NPersonalDataFolder.h"
 #include "location/NReportMessageParams.h"
 #include "platform/NConsole.h"
 #include "tools/NDialogCommands.h"
 #include "tools/NGlobalCommands.h"
 #include "tools/NKeyPrinterCommands.h"
 #include "tools/NPathCommands.h"
-#include "tools/NSessionCommands.h"
 #include "tools/NPersonalCommands.h"
 #include "tools/NSecretCommands.h"
+#include "tools/NSessionCommands.h"
 #include "tools/NStoreCommands.h"
 #include "tools/NToolFolder.h"
 #include "tools/NToolOutput.h"
 #include "tools/NToolStore.h"
-#include "location/NPersonalDataFolder.h"
 #include "uicore/NAppName.h"
 
 namespace {
@@ -38,9 +38,10 @@ bool ParseCode(std::string_view text, std::uint32_t* code) {
 }  // namespace
 
 int NCommandLine::Run(const std::vector<std::string>& args) {
-  CLI::App app("cfgdeck: inspect and change a cfgdeck configuration folder.\n"
-               "Without a command, prints an overview of the configuration folder.",
-               "cfgdeck");
+  CLI::App app(
+      "cfgdeck: inspect and change a cfgdeck configuration folder.\n"
+      "Without a command, prints an overview of the configuration folder.",
+      "cfgdeck");
   app.option_defaults()->always_capture_default();
   app.add_option("--config", m_configFolder,
                  "The configuration folder (default: a Config folder beside the program holding global.ini, then "
@@ -61,16 +62,17 @@ int NCommandLine::Run(const std::vector<std::string>& args) {
   dump->add_option("KEY", key, "The key's path, e.g. Sessions/Lab/router1")->required();
   CLI::App* keys = app.add_subcommand("keys", "List the sub-keys of a key: kind (5 folder, 6 file, 7 both), tab, name");
   keys->add_option("KEY", key, "The key's path (empty for the folder itself)")->required();
-  CLI::App* values = app.add_subcommand("values", "List the values of a key: type tag (0 DWORD, 1 string, 2 binary, "
-                                                  "3 multi-string), tab, name");
+  CLI::App* values = app.add_subcommand("values",
+                                        "List the values of a key: type tag (0 DWORD, 1 string, 2 binary, "
+                                        "3 multi-string), tab, name");
   values->add_option("KEY", key, "The key's path")->required();
   CLI::App* set = app.add_subcommand("set", "Set one value of a key and save it (the key is created when missing)");
   set->add_option("KEY", key, "The key's path")->required();
   set->add_option("NAME", name, "The value's name")->required();
   std::string dwordText, stringText, binaryText;
   std::vector<std::string> multiText;
-  auto* dwordOption = set->add_option("--dword", dwordText, "A DWORD: decimal, or 0x followed by hex digits")
-                          ->option_text("N");
+  auto* dwordOption =
+      set->add_option("--dword", dwordText, "A DWORD: decimal, or 0x followed by hex digits")->option_text("N");
   auto* stringOption = set->add_option("--string", stringText, "A string")->option_text("TEXT");
   auto* binaryOption = set->add_option("--binary", binaryText, "Bytes as pairs of hex digits")->option_text("HEX");
   auto* multiOption = set->add_option("--multi", multiText, "A multi-string: zero or more strings")
@@ -116,6 +118,38 @@ int NCommandLine::Run(const std::vector<std::string>& args) {
   CLI::Option* dialogOk = dialog->add_flag("--ok", dialogRequest.ok, "Press OK after the edits: they are saved");
   dialog->add_flag("--apply", dialogRequest.apply, "Press Apply after the edits: they are saved")->excludes(dialogOk);
   dialog->add_flag("--json", dialogRequest.json, "Print the pages as one JSON object");
+  NDialogCommands::SessionRequest sessionDialog;
+  std::string installedList;
+  std::vector<std::string> terminalChoices, transferChoices;
+  CLI::App* sessionDialogs[2] = {
+      dialog->add_subcommand("session",
+                             "The Session Options dialog of the session at PATH, opened without a "
+                             "window: print its title, OK button, pages and messages"),
+      dialog->add_subcommand("default-session", "The same for the default session")};
+  sessionDialogs[0]->add_option("PATH", sessionDialog.path, "The session's path, e.g. Lab/router1")->required();
+  CLI::Option* protocolOptions[2][2];
+  for (int i = 0; i < 2; ++i) {
+    CLI::App* command = sessionDialogs[i];
+    command
+        ->add_option("--mode", sessionDialog.mode,
+                     "How the dialog is opened: 0 one session, 2 locked by another user (read-only), 3 the "
+                     "default session, 4 several sessions (default: 0, or 3 for default-session)")
+        ->option_text("N");
+    command
+        ->add_option("--installed", installedList,
+                     "The installed applications, a comma-separated subset of skeldon,quenn,parrow (default: as "
+                     "detected)")
+        ->option_text("LIST");
+    protocolOptions[i][0] = command
+                                ->add_option("--set-protocol", terminalChoices,
+                                             "Choose the terminal protocol NAME on the Connection page "
+                                             "(repeatable; applied in the order given)")
+                                ->option_text("NAME");
+    protocolOptions[i][1] = command
+                                ->add_option("--set-transfer-protocol", transferChoices,
+                                             "Choose the file-transfer protocol NAME (repeatable)")
+                                ->option_text("NAME");
+  }
   CLI::App* product = app.add_subcommand(
       "product", "Print the product ids, the installed companion applications and the shared cache's names");
 
@@ -142,8 +176,7 @@ int NCommandLine::Run(const std::vector<std::string>& args) {
   CLI::App* validateName = app.add_subcommand(
       "validate-name", "Check a session name: exit 0 when it may be used, else print its message code and text");
   validateName->add_flag("--new", isNew, "The name is for a new session in the folder LOCATION");
-  validateName->add_option("LOCATION", location, "The new session's folder, or the renamed session's path")
-      ->required();
+  validateName->add_option("LOCATION", location, "The new session's folder, or the renamed session's path")->required();
   validateName->add_option("OLDNAME", oldName, "The session's current name (any text for a new one)")->required();
   validateName->add_option("NEWNAME", newName, "The name to check")->required();
 
@@ -206,6 +239,21 @@ int NCommandLine::Run(const std::vector<std::string>& args) {
   if (check->parsed()) return store.Check(key);
   if (global->parsed()) {
     return NGlobalCommands(m_configFolder, m_appName).Global(productId, json, save, showSecrets);
+  }
+  for (int i = 0; i < 2; ++i) {
+    CLI::App* command = sessionDialogs[i];
+    if (!command->parsed()) continue;
+    if (command->get_option("--installed")->count() > 0) sessionDialog.installed = installedList;
+    // The two choices interleave as given: the parse order tells which came when.
+    std::size_t next[2] = {0, 0};
+    for (const CLI::Option* option : command->parse_order()) {
+      for (int kind = 0; kind < 2; ++kind) {
+        if (option != protocolOptions[i][kind]) continue;
+        const std::vector<std::string>& names = kind == 0 ? terminalChoices : transferChoices;
+        if (next[kind] < names.size()) sessionDialog.protocols.emplace_back(kind == 0, names[next[kind]++]);
+      }
+    }
+    return NDialogCommands(m_configFolder, m_appName).Session(sessionDialog);
   }
   if (dialog->parsed()) return NDialogCommands(m_configFolder, m_appName).Global(dialogRequest);
   if (product->parsed()) return NGlobalCommands(m_configFolder, m_appName).Product();

@@ -6,7 +6,11 @@
 #include <cstdio>
 
 #include "config/NConfigEntry.h"
+#include "config/NSessionPath.h"
 #include "dialogs/DemoOptionsDialog.h"
+#include "dialogs/session/SessionConnectPage.h"
+#include "dialogs/session/SessionOptionsDialog.h"
+#include "tools/NToolInstallation.h"
 #include "tools/NToolOutput.h"
 #include "uicore/NHeadlessDialogBackend.h"
 
@@ -267,6 +271,91 @@ int NDialogCommands::Global(const Request& request) {
   });
   dialog.DoModal();
   NSetMessageBoxHandler(nullptr, nullptr);
+  if (!error.empty()) {
+    NErr("cfgdeck dialog: " + error + "\n");
+    return kExitFailure;
+  }
+  return kExitSuccess;
+}
+
+namespace {
+
+// A message's text on one line: its line breaks as \r and \n.
+std::string OneLine(const NUnicodeString& text) {
+  std::string line;
+  for (const char c : text.ToUtf8()) {
+    if (c == '\r') {
+      line += "\\r";
+    } else if (c == '\n') {
+      line += "\\n";
+    } else {
+      line += c;
+    }
+  }
+  return line;
+}
+
+std::string Structure(const NPropertyTreeDialog& dialog) {
+  std::string text = "title\t" + OneLine(dialog.Title()) + "\n";
+  text += std::string("ok\t") + (dialog.IsOkEnabled() ? "enabled" : "disabled") + "\n";
+  for (const NPropertyTreeDialog::Row& row : dialog.AllRows()) {
+    text += "page\t" + std::to_string(row.depth) + "\t" + row.page->Title().ToUtf8() + "\t" +
+            (dialog.IsPageShown(row.page) ? "shown" : "hidden") + "\n";
+  }
+  for (const NShownMessageBox& shown : NShownMessageBoxes()) {
+    char code[16];
+    std::snprintf(code, sizeof code, "0x%08x", static_cast<unsigned>(shown.code));
+    text += std::string("message\t") + code + "\t" + OneLine(shown.text) + "\n";
+  }
+  return text;
+}
+
+}  // namespace
+
+int NDialogCommands::Session(const SessionRequest& request) {
+  std::string error;
+  if (request.installed && !NSetToolInstallation(*request.installed, &error)) {
+    NErr("cfgdeck dialog: " + error + "\n");
+    return kExitUsage;
+  }
+  const NUnicodeString path = NSessionPathFromUtf8(request.path.empty() ? "Default" : request.path);
+  NReportMessageParams params;
+  ISessionConfig* session = NOpenSession(path, request.mode == kSessionDialogLocked, params);
+  if (!session) {
+    NErr("cfgdeck dialog: " + params.GetText().ToUtf8());
+    return kExitFailure;
+  }
+  GlobalConfig* global = nullptr;
+  GetGlobalConfig(global, -1);
+  NHeadlessDialogBackend backend;
+  NScopedDialogBackend installed(backend);
+  NClearShownMessageBoxes();
+  bool fontsChanged = false;
+  {
+    SessionOptionsDialog dialog(global, session,
+                                request.mode.value_or(request.path.empty() ? kSessionDialogDefault : 0), false, true, 0,
+                                false, 0, false, fontsChanged, nullptr);
+    backend.SetScript([&](NPropertyTreeDialog& running) {
+      NPropertyTreePage* connect = running.FindPage(u"Connection");
+      for (const auto& [terminal, name] : request.protocols) {
+        const std::u16string_view label =
+            terminal ? SessionConnectPage::kProtocolLabel : SessionConnectPage::kTransferProtocolLabel;
+        NFormControl* control = connect ? connect->Form().Find(label) : nullptr;
+        if (!control) {
+          error = "the Connection page offers no " + NUnicodeString(label).ToUtf8() + " here";
+          return;
+        }
+        const NEditResult result = control->SetValue(NUnicodeString::FromUtf8(name));
+        if (result != NEditResult::kDone && result != NEditResult::kUnchanged) {
+          error = "'" + name + "' was not chosen: " + Refusal(result);
+          return;
+        }
+      }
+      NOut(Structure(running));
+    });
+    dialog.DoModal();
+  }
+  session->Release();
   if (!error.empty()) {
     NErr("cfgdeck dialog: " + error + "\n");
     return kExitFailure;

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tools/NToolStore.h"
@@ -21,9 +23,20 @@ class NDialogCommands {
     bool json = false;
   };
 
+  // `cfgdeck dialog session|default-session`: the Session Options dialog's
+  // structure after its opening and the protocol choices given.
+  struct SessionRequest {
+    std::string path;  // empty: the default session
+    std::optional<int> mode;  // none: 0, or 3 for the default session
+    std::optional<std::string> installed;  // comma-separated; none: detected
+    // The protocol choices in the order given: (terminal?, name).
+    std::vector<std::pair<bool, std::string>> protocols;
+  };
+
   NDialogCommands(const std::string& folder, const std::string& appName);
 
   int Global(const Request& request);
+  int Session(const SessionRequest& request);
 
  private:
   // Runs the request's edits and button on `dialog`; false, with the

@@ -15,13 +15,7 @@
 
 namespace {
 
-NUnicodeString SessionPath(const std::string& path) {
-  NUnicodeString converted = NUnicodeString::FromUtf8(path);
-  for (char16_t& c : converted) {
-    if (c == u'/') c = u'\\';
-  }
-  return converted;
-}
+NUnicodeString SessionPath(const std::string& path) { return NSessionPathFromUtf8(path); }
 
 int Failed(const std::string& what, const NReportMessageParams& params) {
   NErr("cfgdeck: " + what + ": " + params.GetText().ToUtf8());

@@ -196,6 +196,31 @@ run "${dcfg[@]}" dialog --set 'Nowhere/Label=1'
 check "a page that is not there is refused" 1 "$status"
 run "${dcfg[@]}" dialog --set 'no-page-or-label'
 check "a malformed edit is bad usage" 2 "$status"
+# ---- the Session Options dialog's structure ----
+run "${cfg[@]}" dialog session Lab/router1 --installed skeldon
+check "session dialog: title, OK, pages in tree order" $'0\ntitle\tSession Options - router1 \nok\tenabled
+page\t0\tConnection\tshown\npage\t1\tLogon Actions\tshown\npage\t1\tSSH2\tshown\npage\t1\tSFTP\tshown
+page\t0\tTerminal\tshown\npage\t1\tEmulation\tshown\npage\t2\tModes\tshown\npage\t2\tEmacs\tshown
+page\t2\tMapped Keys\tshown\npage\t2\tAdvanced\tshown\npage\t1\tAppearance\tshown\npage\t2\tANSI Color\tshown
+page\t2\tWindow\tshown\npage\t1\tLog File\tshown\npage\t1\tPrinting\tshown\npage\t1\tX/Y/Zmodem\tshown\n' \
+  "$status"$'\n'"$out"
+run "${cfg[@]}" dialog session Lab/router1 --installed skeldon,parrow --set-protocol Serial \
+  --set-transfer-protocol FTP --set-protocol Telnet
+[[ "$out" == *$'page\t1\tSSH2\thidden\npage\t1\tSerial\thidden\npage\t1\tFTP\tshown\npage\t1\tTelnet\tshown\n'* ]]
+check "protocol choices apply in the order given" 0 $?
+run "${cfg[@]}" dialog session Lab/router1 --installed skeldon --mode 2
+[[ "$out" == $'title\tSession Options - router1 (Read Only)\nok\tdisabled\n'* &&
+   "$out" == *$'\nmessage\t0x61380007\tThe Sessions Options that you are opening are being used by a locked session.  You will not be able to save changes to the session.\n' ]]
+check "a locked session's dialog: read-only title, OK off, the notice" 0 $?
+run "${cfg[@]}" dialog default-session --installed parrow --mode 4
+check "several sessions, file transfer only" $'title\tSession Options - multiple\nok\tenabled' "$(head -2 <<<"$out")"
+run "${cfg[@]}" dialog session Lab/nothere
+check "a session that cannot be opened" 1 "$status"
+run "${cfg[@]}" dialog session Lab/router1 --installed skeldon --set-protocol Gopher
+check "a protocol not offered is refused" $'1\ncfgdeck dialog: \'Gopher\' was not chosen: it is not one of its choices' \
+  "$status"$'\n'"$err"
+run "${cfg[@]}" dialog session Lab/router1 --installed telnet
+check "an unknown application is bad usage" 2 "$status"
 
 run "${cfg[@]}" global --product x
 check "a product id that is no number is bad usage" 2 "$status"

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 #include "base/NExport.h"
 #include "base/NUnicodeString.h"
@@ -40,6 +41,11 @@ class IDialogBackend {
   // that starts unticked; *dontShowAgain tells whether it was ticked.
   virtual int OptionalMessageBox(void* parent, std::u16string_view text, std::u16string_view caption, unsigned style,
                                  bool* dontShowAgain) = 0;
+  // A question answered by one of `choices` (a label may mark its access
+  // key with "&"); `note` is a second paragraph, drawn apart. Returns the
+  // index of the choice, or -1 when the box was closed without one.
+  virtual int Choose(void* parent, std::u16string_view caption, std::u16string_view text, std::u16string_view note,
+                     const std::vector<NUnicodeString>& choices) = 0;
   // Shows `dialog` modally until its worker posts the close.
   virtual void RunProgress(NProgressDialog& dialog, void* parent) = 0;
   // A folder or file chosen by the person, or nothing when they cancelled.

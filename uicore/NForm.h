@@ -71,6 +71,11 @@ class NForm {
   NFormControl& StringList(NUnicodeString label, Field& field) {
     return Add(NControlKind::kStringList, std::move(label), NBind(field));
   }
+  // A control bound through a binding of the caller's (a field's part, as
+  // one entry of a colour table).
+  NFormControl& Bound(NControlKind kind, NUnicodeString label, std::unique_ptr<NFieldBinding> binding) {
+    return Add(kind, std::move(label), std::move(binding));
+  }
   NFormControl& Button(NUnicodeString label, std::function<void()> action);
   NFormControl& Group(NUnicodeString label);
   void EndGroup() { m_group = nullptr; }
@@ -102,6 +107,10 @@ class NForm {
   // Highlights the controls that match `folded`; empty clears every mark.
   void Highlight(std::u16string_view folded);
 
+  // A read-only form shows its values with every control disabled.
+  void SetReadOnly(bool readOnly) { m_readOnly = readOnly; }
+  bool IsReadOnly() const { return m_readOnly; }
+
   // Called after every change of a control's value; a backend shows it.
   void SetListener(std::function<void(NFormControl&)> listener) { m_listener = std::move(listener); }
   void Changed(NFormControl& control) const {
@@ -115,6 +124,7 @@ class NForm {
   NFormControl* m_group = nullptr;
   std::function<void(NFormControl&)> m_listener;
   bool m_loaded = false;
+  bool m_readOnly = false;
 };
 
 // `text` with case folded, for searching without case.

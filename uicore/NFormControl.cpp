@@ -55,6 +55,11 @@ NFormControl& NFormControl::Tip(NUnicodeString tip) {
   return *this;
 }
 
+NFormControl& NFormControl::OnChange(std::function<void(NFormControl&)> handler) {
+  m_onChange = std::move(handler);
+  return *this;
+}
+
 NControlValue NFormControl::DefaultValue() const { return m_binding ? m_binding->Default() : NControlValue(); }
 
 bool NFormControl::IsModifiedFromDefault() const { return m_binding && m_loaded && !(m_value == DefaultValue()); }
@@ -65,6 +70,7 @@ std::optional<NUnicodeString> NFormControl::LockReason() const {
 }
 
 bool NFormControl::IsEnabled() const {
+  if (m_form->IsReadOnly()) return false;
   if (m_group && !m_group->IsEnabled()) return false;
   if (LockReason()) return false;
   return std::all_of(m_rules.begin(), m_rules.end(), [](const auto& rule) { return rule(); });
@@ -92,6 +98,7 @@ NEditResult NFormControl::Show(NControlValue value) {
   if (value == m_value) return NEditResult::kUnchanged;
   m_value = std::move(value);
   m_form->Changed(*this);
+  if (m_onChange) m_onChange(*this);
   return NEditResult::kDone;
 }
 
@@ -115,7 +122,9 @@ void NFormControl::Load() {
   m_value = current;
   m_loadedValue = std::move(current);
   m_loaded = true;
-  if (shownChanges) m_form->Changed(*this);
+  if (!shownChanges) return;
+  m_form->Changed(*this);
+  if (m_onChange) m_onChange(*this);
 }
 
 bool NFormControl::Store() {

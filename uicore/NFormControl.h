@@ -78,6 +78,9 @@ class NFormControl {
   // Checked on OK and Apply: a message refuses the value.
   NFormControl& Validate(std::function<std::optional<NUnicodeString>(const NControlValue&)> check);
   NFormControl& Tip(NUnicodeString tip);
+  // Called after the value shown changed, by a person or a reload: what a
+  // page does beyond the form when a control changes.
+  NFormControl& OnChange(std::function<void(NFormControl&)> handler);
 
   NControlKind Kind() const { return m_kind; }
   const NUnicodeString& Label() const { return m_label; }
@@ -135,6 +138,7 @@ class NFormControl {
   std::function<std::optional<NUnicodeString>()> m_lock;
   std::function<void()> m_action;
   std::function<std::optional<NUnicodeString>(const NControlValue&)> m_check;
+  std::function<void(NFormControl&)> m_onChange;
   const NFormControl* m_group = nullptr;
 
   NControlValue m_value;

@@ -44,6 +44,15 @@ int NHeadlessDialogBackend::OptionalMessageBox(void*, std::u16string_view text, 
   return NAskMessageBoxHandler(text, caption, style);
 }
 
+int NHeadlessDialogBackend::Choose(void*, std::u16string_view caption, std::u16string_view, std::u16string_view,
+                                   const std::vector<NUnicodeString>& choices) {
+  m_log.push_back(u"choose " + NUnicodeString(caption));
+  if (m_choices.empty()) return choices.empty() ? -1 : 0;
+  const int answer = m_choices.front();
+  m_choices.pop_front();
+  return answer;
+}
+
 void NHeadlessDialogBackend::RunProgress(NProgressDialog& dialog, void*) { dialog.WaitForClose(); }
 
 std::optional<NUnicodeString> NHeadlessDialogBackend::NextPick(std::u16string_view prompt) {

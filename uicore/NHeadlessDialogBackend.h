@@ -22,14 +22,19 @@ class NHeadlessDialogBackend final : public IDialogBackend {
   // Whether optional message boxes have their check box ticked.
   void SetTickOptional(bool tick) { m_tickOptional = tick; }
   void QueuePick(std::optional<NUnicodeString> answer) { m_picks.push_back(std::move(answer)); }
+  // The answers of the next choice boxes; without one, the first choice.
+  void QueueChoice(int answer) { m_choices.push_back(answer); }
   // One line per dialog opened, page drawn at its opening, and picker:
-  // "dialog <title>", "page <depth> <title>", "pick <prompt>".
+  // "dialog <title>", "page <depth> <title>", "pick <prompt>",
+  // "choose <caption>".
   const std::vector<NUnicodeString>& Log() const { return m_log; }
 
   std::intptr_t RunPropertyTree(NPropertyTreeDialog& dialog, void* parent) override;
   int MessageBox(void* parent, std::u16string_view text, std::u16string_view caption, unsigned style) override;
   int OptionalMessageBox(void* parent, std::u16string_view text, std::u16string_view caption, unsigned style,
                          bool* dontShowAgain) override;
+  int Choose(void* parent, std::u16string_view caption, std::u16string_view text, std::u16string_view note,
+             const std::vector<NUnicodeString>& choices) override;
   void RunProgress(NProgressDialog& dialog, void* parent) override;
   std::optional<NUnicodeString> PickFolder(void* parent, std::u16string_view prompt,
                                            std::u16string_view initial) override;
@@ -42,6 +47,7 @@ class NHeadlessDialogBackend final : public IDialogBackend {
   Script m_script;
   bool m_tickOptional = false;
   std::deque<std::optional<NUnicodeString>> m_picks;
+  std::deque<int> m_choices;
   std::vector<NUnicodeString> m_log;
 };
 

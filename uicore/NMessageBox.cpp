@@ -51,10 +51,10 @@ int NAskMessageBoxHandler(std::u16string_view text, std::u16string_view caption,
 
 namespace {
 
-int Record(std::u16string_view text, std::u16string_view caption, unsigned style, int answer) {
+int Record(std::uint32_t code, std::u16string_view text, std::u16string_view caption, unsigned style, int answer) {
   const int result = IsButtonOf(style, answer) ? answer : DefaultButton(style);
   std::lock_guard<std::mutex> lock(g_mutex);
-  g_shown.push_back({NUnicodeString(text), NUnicodeString(caption), style, result});
+  g_shown.push_back({code, NUnicodeString(text), NUnicodeString(caption), style, result});
   if (g_shown.size() > kShownMessageBoxLimit) g_shown.pop_front();
   return result;
 }
@@ -62,15 +62,25 @@ int Record(std::u16string_view text, std::u16string_view caption, unsigned style
 }  // namespace
 
 int NMessageBox(void* parent, std::u16string_view text, std::u16string_view caption, unsigned style) {
-  return Record(text, caption, style, NDialogBackend().MessageBox(parent, text, caption, style));
+  return NMessageBox(parent, 0, text, caption, style);
+}
+
+int NMessageBox(void* parent, std::uint32_t code, std::u16string_view text, std::u16string_view caption,
+                unsigned style) {
+  return Record(code, text, caption, style, NDialogBackend().MessageBox(parent, text, caption, style));
 }
 
 int NShowOptionalMessageBox(void* parent, std::u16string_view text, std::u16string_view caption, unsigned style,
                             bool* dontShowAgain) {
+  return NShowOptionalMessageBox(parent, 0, text, caption, style, dontShowAgain);
+}
+
+int NShowOptionalMessageBox(void* parent, std::uint32_t code, std::u16string_view text, std::u16string_view caption,
+                            unsigned style, bool* dontShowAgain) {
   bool ticked = false;
   const int answer = NDialogBackend().OptionalMessageBox(parent, text, caption, style, &ticked);
   if (dontShowAgain) *dontShowAgain = ticked;
-  return Record(text, caption, style, answer);
+  return Record(code, text, caption, style, answer);
 }
 
 std::vector<NShownMessageBox> NShownMessageBoxes() {

@@ -41,23 +41,34 @@ CFGDECK_EXTERN_C void NSetMessageBoxHandler(NMessageBoxHandler handler, void* co
 // returns the button pressed. An answer that is not one of the style's
 // buttons counts as its default button (OK, or Yes). Thread-safe.
 CFGDECK_API int NMessageBox(void* parent, std::u16string_view text, std::u16string_view caption, unsigned style);
+// The same for message `code` of a message table, kept with the message in
+// the record of shown messages.
+CFGDECK_API int NMessageBox(void* parent, std::uint32_t code, std::u16string_view text, std::u16string_view caption,
+                            unsigned style);
 
 // A message box with a "do not display this message again" check box,
 // unticked at first; *dontShowAgain (may be null) tells whether it was
 // ticked. Returns the button pressed.
 CFGDECK_API int NShowOptionalMessageBox(void* parent, std::u16string_view text, std::u16string_view caption,
                                         unsigned style, bool* dontShowAgain);
+CFGDECK_API int NShowOptionalMessageBox(void* parent, std::uint32_t code, std::u16string_view text,
+                                        std::u16string_view caption, unsigned style, bool* dontShowAgain);
 
 // The same, with the check box bound to `suppress`, a record's boolean or
 // integer field: ticking it sets the field (to true, or 1), which callers
 // test before showing the message again.
 template <typename Field>
-int ShowOptionalMessageBox(void* parent, std::u16string_view text, std::u16string_view caption, unsigned style,
-                           Field& suppress) {
+int ShowOptionalMessageBox(void* parent, std::uint32_t code, std::u16string_view text, std::u16string_view caption,
+                           unsigned style, Field& suppress) {
   bool ticked = false;
-  const int result = NShowOptionalMessageBox(parent, text, caption, style, &ticked);
+  const int result = NShowOptionalMessageBox(parent, code, text, caption, style, &ticked);
   if (ticked) suppress.Set(1);
   return result;
+}
+template <typename Field>
+int ShowOptionalMessageBox(void* parent, std::u16string_view text, std::u16string_view caption, unsigned style,
+                           Field& suppress) {
+  return ShowOptionalMessageBox(parent, 0, text, caption, style, suppress);
 }
 
 // The answer of the host's handler (NSetMessageBoxHandler), or the default
@@ -66,6 +77,7 @@ int NAskMessageBoxHandler(std::u16string_view text, std::u16string_view caption,
 
 // One message as shown.
 struct NShownMessageBox {
+  std::uint32_t code = 0;  // 0: a text of no message table
   NUnicodeString text;
   NUnicodeString caption;
   unsigned style = 0;

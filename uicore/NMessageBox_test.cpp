@@ -17,7 +17,7 @@ struct Host {
 
 int Answer(void* context, const char16_t* text, const char16_t* caption, unsigned style) {
   auto& host = *static_cast<Host*>(context);
-  host.asked.push_back({NUnicodeString(text), NUnicodeString(caption), style, 0});
+  host.asked.push_back({0, NUnicodeString(text), NUnicodeString(caption), style, 0});
   return host.answer;
 }
 

@@ -124,13 +124,13 @@ bool NPropertyTreeDialog::MatchesSearch(const NPropertyTreePage* page) const {
   return NFoldText(page->Title()).find(m_foldedSearch) != NUnicodeString::npos || page->Form().Matches(m_foldedSearch);
 }
 
-void NPropertyTreeDialog::AppendRows(const NPropertyTreePage* parent, int depth, bool searched,
-                                     std::vector<Row>& rows) const {
+void NPropertyTreeDialog::AppendRows(const NPropertyTreePage* parent, int depth, bool searched, std::vector<Row>& rows,
+                                     bool hidden) const {
   for (const Node& node : m_nodes) {
-    if (node.parent != parent || !node.shown) continue;
+    if (node.parent != parent || (!node.shown && !hidden)) continue;
     const std::size_t at = rows.size();
     rows.push_back({node.page, depth});
-    AppendRows(node.page, depth + 1, searched, rows);
+    AppendRows(node.page, depth + 1, searched, rows, hidden);
     // While searching, a page stays for its own match or to hold a match.
     const bool keep = !searched || m_foldedSearch.empty() || rows.size() > at + 1 || MatchesSearch(node.page);
     if (!keep) rows.erase(rows.begin() + static_cast<std::ptrdiff_t>(at));
@@ -140,6 +140,12 @@ void NPropertyTreeDialog::AppendRows(const NPropertyTreePage* parent, int depth,
 std::vector<NPropertyTreeDialog::Row> NPropertyTreeDialog::VisibleRows() const {
   std::vector<Row> rows;
   AppendRows(nullptr, 0, true, rows);
+  return rows;
+}
+
+std::vector<NPropertyTreeDialog::Row> NPropertyTreeDialog::AllRows() const {
+  std::vector<Row> rows;
+  AppendRows(nullptr, 0, false, rows, true);
   return rows;
 }
 
@@ -191,7 +197,7 @@ void NPropertyTreeDialog::Fail(NPropertyTreePage* page, const NPageFailure& fail
     m_current = page;
     NotifyCurrent();
   }
-  NMessageBox(m_parent, failure.text, m_title, failure.style);
+  NMessageBox(m_parent, failure.code, failure.text, m_title, failure.style);
 }
 
 bool NPropertyTreeDialog::ApplyPages() {

@@ -72,6 +72,8 @@ class NPropertyTreeDialog : public IPropertyTreeDialog {
   // The pages drawn, in order: shown pages whose ancestors are shown, and,
   // while a search is on, only those matching it and their ancestors.
   std::vector<Row> VisibleRows() const;
+  // Every page in the tree, hidden ones too, depth first.
+  std::vector<Row> AllRows() const;
   // In the tree and shown, with every ancestor.
   bool IsPageShown(const NPropertyTreePage* page) const;
   NPropertyTreePage* FindPage(std::u16string_view title) const;
@@ -125,9 +127,10 @@ class NPropertyTreeDialog : public IPropertyTreeDialog {
   bool IsOwnSubtree(const NPropertyTreePage* page, const NPropertyTreePage* root) const;
   void SetShown(NPropertyTreePage* page, bool shown);
   bool MatchesSearch(const NPropertyTreePage* page) const;
-  // The shown pages under `parent`, depth first; `searched`: only those
-  // the search keeps.
-  void AppendRows(const NPropertyTreePage* parent, int depth, bool searched, std::vector<Row>& rows) const;
+  // The pages under `parent`, depth first: the shown ones, and with
+  // `hidden` the others too; `searched`: only those the search keeps.
+  void AppendRows(const NPropertyTreePage* parent, int depth, bool searched, std::vector<Row>& rows,
+                  bool hidden = false) const;
   void SelectInitialPage();
   void EnsureCurrentVisible();
   bool ApplyPages();

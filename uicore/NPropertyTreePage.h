@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 #include "base/NUnicodeString.h"
 #include "uicore/NForm.h"
 #include "uicore/NMessageBox.h"
@@ -10,6 +12,7 @@ class NPropertyTreeDialog;
 // Why a page refused OK or Apply: the message the frame shows, and the
 // control to put the focus on (may be null).
 struct NPageFailure {
+  std::uint32_t code = 0;  // the message's code, when it comes from a message table
   NUnicodeString text;
   unsigned style = kMessageBoxOk | kMessageBoxIconWarning;
   const NFormControl* control = nullptr;

@@ -27,8 +27,16 @@ for picture in "$scratch"/shots/*.png; do
 done
 [[ ! -e "$scratch/config/global.ini" ]]; check "rendering saves nothing" 0 $?
 
+examples="$(cd "$(dirname "$0")/../../examples/config" && pwd)"
+out="$("$program" --config "$examples" --installed skeldon,parrow --screenshot "$scratch/session" session Lab/router1 \
+  2>/dev/null)"
+check "a session's dialog, every page" "Wrote 18 pages to $scratch/session" "$out"
+check "the session's pages in tree order" $'01-Connection.png\n02-Logon-Actions.png\n03-SSH2.png\n04-Terminal.png' \
+  "$(ls "$scratch/session" | head -4)"
 "$program" --config "$scratch/config" session Lab/router1 2>/dev/null
-check "a session's dialog is not available yet" 1 $?
+check "a session that is not there" 1 $?
+"$program" --config "$scratch/config" --installed gopher global 2>/dev/null
+check "an unknown application is bad usage" 2 $?
 "$program" --config "$scratch/config" 2>/dev/null
 check "no dialog named is bad usage" 2 $?
 "$program" --help >/dev/null

@@ -3,13 +3,39 @@
 #include <string>
 
 #include "config/NConfigEntry.h"
+#include "config/NSessionPath.h"
 #include "dialogs/DemoOptionsDialog.h"
+#include "dialogs/session/SessionOptionsDialog.h"
 #include "platform/NConsole.h"
 #include "tools/NToolFolder.h"
+#include "tools/NToolInstallation.h"
 #include "tools/NToolOutput.h"
 #include "tools/NToolStore.h"
 #include "uicore/qt/NQtApplication.h"
 #include "uicore/qt/NQtScreenshots.h"
+
+namespace {
+
+int Screenshots(NPropertyTreeDialog& dialog, const std::string& folder) {
+  std::string error;
+  if (!NQtSaveScreenshots(dialog, folder, &error)) {
+    NErr("cfgdeck-settings: " + error + "\n");
+    return kExitFailure;
+  }
+  NOut("Wrote " + std::to_string(dialog.VisibleRows().size()) + " pages to " + folder + "\n");
+  return kExitSuccess;
+}
+
+// The dialog only writes the record: OK saves it here.
+int RunAndSave(SessionOptionsDialog& dialog, ISessionConfig& session) {
+  if (dialog.DoModal() != IModalDialog::kOk) return kExitSuccess;
+  NReportMessageParams params;
+  if (session.Save(params)) return kExitSuccess;
+  NErr("cfgdeck-settings: the session was not saved: " + params.GetText().ToUtf8());
+  return kExitFailure;
+}
+
+}  // namespace
 
 // cfgdeck-settings: the options dialogs on a configuration folder, in Qt
 // windows. OK saves what the dialog stored; Cancel leaves the folder as it
@@ -23,6 +49,12 @@ int main(int argc, char** argv) {
   app.add_option("--screenshot", screenshots,
                  "Render every page of the dialog, without a display, as DIR/NN-Page-Title.png, and exit")
       ->option_text("DIR");
+  std::string installed;
+  CLI::Option* installedOption =
+      app.add_option("--installed", installed,
+                     "The installed applications, a comma-separated subset of skeldon,quenn,parrow (default: as "
+                     "detected)")
+          ->option_text("LIST");
   app.add_subcommand("global", "The global options");
   CLI::App* session = app.add_subcommand("session", "The options of the session at PATH");
   session->add_option("PATH", sessionPath, "The session's path under Sessions, e.g. Lab/router1")->required();
@@ -35,26 +67,43 @@ int main(int argc, char** argv) {
     NErr(std::string("cfgdeck-settings: ") + e.what() + "\nRun 'cfgdeck-settings --help' for usage.\n");
     return kExitUsage;
   }
-  if (session->parsed() || defaultSession->parsed()) {
-    NErr("cfgdeck-settings: the session options dialog is not part of this build yet; 'global' opens the options\n");
-    return kExitFailure;
+  std::string error;
+  if (*installedOption && !NSetToolInstallation(installed, &error)) {
+    NErr("cfgdeck-settings: " + error + "\n");
+    return kExitUsage;
   }
 
   const NToolFolder folder = NResolveToolFolder(configFolder, appName);
   NToolStore store(folder.path, appName);
-  NQtApplication qt(argc, argv, !screenshots.empty());
   GlobalConfig* config = nullptr;
   GetGlobalConfig(config, -1);
-  DemoOptionsDialog dialog(*config, NReadPolicy());
-  if (!screenshots.empty()) {
-    std::string error;
-    if (!NQtSaveScreenshots(dialog, screenshots, &error)) {
-      NErr("cfgdeck-settings: " + error + "\n");
-      return kExitFailure;
-    }
-    NOut("Wrote " + std::to_string(dialog.VisibleRows().size()) + " pages to " + screenshots + "\n");
+  if (!session->parsed() && !defaultSession->parsed()) {
+    NQtApplication qt(argc, argv, !screenshots.empty());
+    DemoOptionsDialog dialog(*config, NReadPolicy());
+    if (!screenshots.empty()) return Screenshots(dialog, screenshots);
+    dialog.DoModal();
     return kExitSuccess;
   }
-  dialog.DoModal();
-  return kExitSuccess;
+  // The session is opened before any window: a wrong path is told without one.
+  const std::string path = session->parsed() ? sessionPath : "Default";
+  NReportMessageParams params;
+  ISessionConfig* opened = NOpenSession(NSessionPathFromUtf8(path), false, params);
+  if (!opened) {
+    NErr("cfgdeck-settings: " + params.GetText().ToUtf8());
+    return kExitFailure;
+  }
+  NQtApplication qt(argc, argv, !screenshots.empty());
+  int status = kExitSuccess;
+  if (defaultSession->parsed() && screenshots.empty()) {
+    opened->Release();
+    return EditDefaultSession(config, 0, nullptr) ? kExitSuccess : kExitFailure;
+  }
+  {
+    bool fontsChanged = false;
+    const int mode = session->parsed() ? 0 : kSessionDialogDefault;
+    SessionOptionsDialog dialog(config, opened, mode, false, true, 0, false, 0, false, fontsChanged, nullptr);
+    status = screenshots.empty() ? RunAndSave(dialog, *opened) : Screenshots(dialog, screenshots);
+  }
+  opened->Release();
+  return status;
 }

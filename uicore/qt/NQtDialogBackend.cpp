@@ -5,6 +5,7 @@
 #include <QFileDialog>
 #include <QMessageBox>
 #include <QProgressDialog>
+#include <QPushButton>
 #include <QThread>
 #include <QTimer>
 #include <algorithm>
@@ -128,6 +129,25 @@ int NQtDialogBackend::OptionalMessageBox(void* parent, std::u16string_view text,
   bool ticked = false;
   const int result = ShowMessageBox(parent, text, caption, style, &ticked);
   if (dontShowAgain) *dontShowAgain = ticked;
+  return result;
+}
+
+int NQtDialogBackend::Choose(void* parent, std::u16string_view caption, std::u16string_view text,
+                             std::u16string_view note, const std::vector<NUnicodeString>& choices) {
+  int result = -1;
+  OnGuiThread([&] {
+    const QString title = caption.empty() ? NToQString(NGetAppName()) : NToQString(caption);
+    QMessageBox box(QMessageBox::Question, title, NToQString(text), QMessageBox::NoButton, ParentWidget(parent));
+    box.setInformativeText(NToQString(note));
+    std::vector<QAbstractButton*> buttons;
+    for (const NUnicodeString& choice : choices) {
+      buttons.push_back(box.addButton(NToQString(choice), QMessageBox::AcceptRole));
+    }
+    if (!buttons.empty()) box.setDefaultButton(static_cast<QPushButton*>(buttons.front()));
+    box.exec();
+    const auto chosen = std::find(buttons.begin(), buttons.end(), box.clickedButton());
+    if (chosen != buttons.end()) result = static_cast<int>(chosen - buttons.begin());
+  });
   return result;
 }
 

@@ -16,6 +16,8 @@ class NQtDialogBackend final : public IDialogBackend {
   int MessageBox(void* parent, std::u16string_view text, std::u16string_view caption, unsigned style) override;
   int OptionalMessageBox(void* parent, std::u16string_view text, std::u16string_view caption, unsigned style,
                          bool* dontShowAgain) override;
+  int Choose(void* parent, std::u16string_view caption, std::u16string_view text, std::u16string_view note,
+             const std::vector<NUnicodeString>& choices) override;
   void RunProgress(NProgressDialog& dialog, void* parent) override;
   std::optional<NUnicodeString> PickFolder(void* parent, std::u16string_view prompt,
                                            std::u16string_view initial) override;

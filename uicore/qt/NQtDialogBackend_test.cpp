@@ -31,6 +31,7 @@
 #include "config/NConfigEntry.h"
 #include "config/NConfigTestFolder.h"
 #include "dialogs/DemoOptionsDialog.h"
+#include "dialogs/session/SessionOptionsDialog.h"
 #include "uicore/NAppName.h"
 #include "uicore/NHeadlessDialogBackend.h"
 #include "uicore/NProgressDialog.h"
@@ -595,6 +596,50 @@ TEST_F(NQtDialogBackendTest, TheDemonstrationDialogSavesOnOkToTheKeyFileAndNothi
     EXPECT_TRUE(NQtSaveScreenshots(dialog, CFGDECK_SCREENSHOT_DIR "/demo", &error)) << error;
   }
   FreeGlobalConfig();
+}
+
+TEST_F(NQtDialogBackendTest, TheSessionOptionsDialogWritesRowsAndHostToTheSessionsKeyFile) {
+  NConfigTestFolder folder;
+  SetSkeldonInstalled(true);
+  SetParrowInstalled(true);
+  GlobalConfig* global = nullptr;
+  GetGlobalConfig(global, 3);
+  {
+    auto key = folder.Key("Sessions\\router1");
+    key->SetDwordValue(u"Is Session", 1);
+    ASSERT_TRUE(key->Flush());
+  }
+  NReportMessageParams params;
+  ISessionConfig* session = NOpenSession(u"router1", false, params);
+  ASSERT_NE(session, nullptr) << params.GetText().ToUtf8();
+  bool fontsChanged = false;
+  {
+    SessionOptionsDialog dialog(global, session, 0, false, true, 0, false, 0, false, fontsChanged, nullptr);
+    const std::intptr_t result = RunDialog(dialog, [&](QDialog& window) {
+      ClickPage(window, "Emulation");
+      auto* rows = Control<QSpinBox>(window, "Emulation", "Rows");
+      ASSERT_NE(rows, nullptr) << "Emulation/Rows";
+      rows->setFocus();
+      rows->selectAll();
+      QTest::keyClicks(rows, "40");
+      ClickPage(window, "SSH2");
+      auto* host = Control<QLineEdit>(window, "SSH2", "Hostname");
+      ASSERT_NE(host, nullptr) << "SSH2/Hostname";
+      TypeInto(host, "router1.example");
+      QTest::mouseClick(DialogButton(window, QDialogButtonBox::Ok), Qt::LeftButton);
+    });
+    EXPECT_EQ(result, IModalDialog::kOk);
+    ASSERT_TRUE(session->Save(params)) << params.GetText().ToUtf8();
+    std::string error;
+    EXPECT_TRUE(NQtSaveScreenshots(dialog, CFGDECK_SCREENSHOT_DIR "/session", &error)) << error;
+  }
+  session->Release();
+  const std::string saved = FileText(folder.Root() / "Sessions" / "router1.ini");
+  EXPECT_NE(saved.find("D:\"Rows\"=00000028\r\n"), std::string::npos) << saved;
+  EXPECT_NE(saved.find("S:\"Hostname\"=router1.example\r\n"), std::string::npos) << saved;
+  FreeGlobalConfig();
+  SetSkeldonInstalled(false);
+  SetParrowInstalled(false);
 }
 
 }  // namespace

@@ -15,10 +15,14 @@
 #include <QStackedWidget>
 #include <QTreeWidget>
 #include <QVBoxLayout>
+#include <filesystem>
 #include <memory>
 
 #include "config/GlobalConfig.h"
+#include "config/NConfigEntry.h"
 #include "dialogs/DemoOptionsDialog.h"
+#include "dialogs/session/SessionOptionsDialog.h"
+#include "store/NIniFileStoreFactory.h"
 #include "uicore/qt/NQtPropertyTreeWindow.h"
 #include "uicore/testing/NTestField.h"
 
@@ -179,6 +183,54 @@ void BM_DemoOptionsDialog(benchmark::State& state) {
   TimeFrameDialog(state, [] { return std::make_unique<DemoDialog>(); });
 }
 BENCHMARK(BM_DemoOptionsDialog)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+// The Session Options dialog on a saved session of a real folder, with
+// both applications installed: the whole tree, Connection first.
+class SessionFolder {
+ public:
+  SessionFolder() : m_root(std::filesystem::temp_directory_path() / "cfgdeck_first_paint_bench") {
+    std::filesystem::remove_all(m_root);
+    std::filesystem::create_directories(m_root);
+    s_factory = std::make_unique<NIniFileStoreFactory>(NUnicodeString::FromUtf8(m_root.string()), NUnicodeString());
+    CfgdeckInitProfileFactory([]() -> NProfileStoreFactory* { return s_factory.get(); });
+    SetSkeldonInstalled(true);
+    SetParrowInstalled(true);
+    NReportMessageParams params;
+    ISessionConfig* made = NCreateSession(u"router1", params);
+    if (made && made->Save(params)) m_session = made;
+  }
+  ~SessionFolder() {
+    if (m_session) m_session->Release();
+    CfgdeckInitProfileFactory(nullptr);
+    s_factory.reset();
+    std::filesystem::remove_all(m_root);
+  }
+  ISessionConfig* Session() const { return m_session; }
+
+ private:
+  static inline std::unique_ptr<NIniFileStoreFactory> s_factory;
+  std::filesystem::path m_root;
+  ISessionConfig* m_session = nullptr;
+};
+
+struct SessionDialog {
+  explicit SessionDialog(ISessionConfig* session)
+      : dialog(&global, session, 0, false, true, 0, false, 0, false, fontsChanged, nullptr) {}
+  GlobalConfig global{3};
+  bool fontsChanged = false;
+  SessionOptionsDialog dialog;
+  NPropertyTreeDialog& Dialog() { return dialog; }
+};
+
+void BM_SessionOptionsDialog(benchmark::State& state) {
+  SessionFolder folder;
+  if (!folder.Session()) {
+    state.SkipWithError("the session could not be made");
+    return;
+  }
+  TimeFrameDialog(state, [&] { return std::make_unique<SessionDialog>(folder.Session()); });
+}
+BENCHMARK(BM_SessionOptionsDialog)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 }  // namespace
 

@@ -62,6 +62,10 @@ class ScreenshotBackend final : public IDialogBackend {
                          bool* dontShowAgain) override {
     return m_other.OptionalMessageBox(parent, text, caption, style, dontShowAgain);
   }
+  int Choose(void* parent, std::u16string_view caption, std::u16string_view text, std::u16string_view note,
+             const std::vector<NUnicodeString>& choices) override {
+    return m_other.Choose(parent, caption, text, note, choices);
+  }
   void RunProgress(NProgressDialog& dialog, void* parent) override { m_other.RunProgress(dialog, parent); }
   std::optional<NUnicodeString> PickFolder(void* parent, std::u16string_view prompt,
                                            std::u16string_view initial) override {

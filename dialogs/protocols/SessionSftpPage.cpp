@@ -1,0 +1,12 @@
+#include "dialogs/protocols/SessionSftpPage.h"
+
+#include "config/ISessionConfig.h"
+#include "dialogs/protocols/NProtocolForm.h"
+
+SessionSftpPage::SessionSftpPage(ISessionConfig& session, int mode, NPropertyTreePage& connection)
+    : SessionProtocolPage(u"SFTP", mode, connection) {
+  ConnectConfig& connect = session.Config().m_connect;
+  NForm& form = Form();
+  NAddConnectionRows(form, connect, connect.m_port, NLogon::kUsernameAndPassword);
+  form.File(u"Identity file", connect.m_identityFilename);
+}

@@ -1,0 +1,92 @@
+#include "dialogs/session/SessionConnectPage.h"
+
+#include "config/NConfigEntry.h"
+#include "dialogs/NMessageText.h"
+#include "dialogs/protocols/NProtocolTable.h"
+
+namespace {
+
+std::vector<NChoiceItem> ProtocolsOf(int productId) {
+  std::vector<NChoiceItem> items;
+  for (std::size_t i = 0; i < NProtocolTable::Count(); ++i) {
+    if (NProtocolTable::ProductIdOf(i) != productId) continue;
+    const NUnicodeString& name = NProtocolTable::Entry(i).name;
+    items.push_back({name, name});
+  }
+  return items;
+}
+
+// A stored name that no entry spells the same is offered too, so that a
+// session keeps its protocol until a person picks another.
+void OfferStored(std::vector<NChoiceItem>& items, const NUnicodeString& stored) {
+  for (const NChoiceItem& item : items) {
+    if (item.value == NControlValue(stored)) return;
+  }
+  items.push_back({stored, stored});
+}
+
+}  // namespace
+
+SessionConnectPage::SessionConnectPage(ISessionConfig& session, bool readOnly, bool newSession, bool protocolEditable)
+    : NPropertyTreePage(u"Connection"), m_session(session) {
+  NProtocolTable::LoadModules();
+  ConnectConfig& connect = session.Config().m_connect;
+  NForm& form = Form();
+  form.SetReadOnly(readOnly);
+  if (newSession) form.Label(u"The new session is saved when you press OK.");
+  form.Label(u"Session: " + session.Path());
+  form.StringList(u"Description", session.Config().m_description);
+  form.Group(u"Protocols");
+  const auto editable = [protocolEditable] { return protocolEditable; };
+  if (HasTerminalProtocols()) {
+    std::vector<NChoiceItem> items = ProtocolsOf(NProtocolTable::kTerminalProduct);
+    OfferStored(items, connect.m_protocolName.Get());
+    m_terminal = &form.Choice(NUnicodeString(kProtocolLabel), connect.m_protocolName, std::move(items))
+                      .EnabledWhen(editable)
+                      .OnChange([this](NFormControl& control) {
+                        const NUnicodeString now = Shown(&control), before = m_lastTerminal;
+                        m_lastTerminal = now;
+                        if (m_handler && before != now) m_handler(true, before, now);
+                      });
+  }
+  if (HasTransferProtocols()) {
+    std::vector<NChoiceItem> items = ProtocolsOf(GetTransferAppProductID());
+    OfferStored(items, connect.m_fileTransferProtocolName.Get());
+    m_transfer =
+        &form.Choice(NUnicodeString(kTransferProtocolLabel), connect.m_fileTransferProtocolName, std::move(items))
+             .EnabledWhen(editable)
+             .OnChange([this](NFormControl& control) {
+               const NUnicodeString now = Shown(&control), before = m_lastTransfer;
+               m_lastTransfer = now;
+               if (m_handler && before != now) m_handler(false, before, now);
+             });
+  }
+  form.EndGroup();
+  form.CheckBox(u"Reconnect automatically", session.Config().m_autoReconnect);
+  m_lastTerminal = TerminalProtocol();
+  m_lastTransfer = TransferProtocol();
+}
+
+NUnicodeString SessionConnectPage::Shown(const NFormControl* control) const {
+  if (!control) return {};
+  if (!control->Value().index()) {  // not loaded yet: the record's value
+    return control == m_terminal ? m_session.Config().m_connect.m_protocolName.Get()
+                                 : m_session.Config().m_connect.m_fileTransferProtocolName.Get();
+  }
+  const NUnicodeString* name = std::get_if<NUnicodeString>(&control->Value());
+  return name ? *name : NUnicodeString();
+}
+
+NUnicodeString SessionConnectPage::TerminalProtocol() const { return Shown(m_terminal); }
+
+NUnicodeString SessionConnectPage::TransferProtocol() const { return Shown(m_transfer); }
+
+bool SessionConnectPage::OnValidate(NPageFailure& failure) {
+  if (m_terminal && m_transfer && TerminalProtocol() == u"None" && TransferProtocol() == u"None") {
+    failure.code = kMsgBothProtocolsNone;
+    failure.text = NMessageText(kMsgBothProtocolsNone);
+    failure.control = m_transfer;
+    return false;
+  }
+  return NPropertyTreePage::OnValidate(failure);
+}

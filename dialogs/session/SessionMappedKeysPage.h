@@ -1,0 +1,15 @@
+#pragma once
+
+#include "config/GlobalConfig.h"
+#include "config/ISessionConfig.h"
+#include "uicore/NPropertyTreePage.h"
+
+// "Mapped Keys": the session's keymap and the Delete and Backspace keys.
+class SessionMappedKeysPage final : public NPropertyTreePage {
+ public:
+  SessionMappedKeysPage(ISessionConfig& session, GlobalConfig& global);
+
+ private:
+  // Not read yet: kept for the key-mapping editor.
+  GlobalConfig& m_global;
+};
