@@ -1,7 +1,7 @@
 #include "dialogs/session/SessionMappedKeysPage.h"
 
 SessionMappedKeysPage::SessionMappedKeysPage(ISessionConfig& session, GlobalConfig& global)
-    : NPropertyTreePage(u"Mapped Keys"), m_global(global) {
+    : NPropertyTreePage(u"Mapped Keys") {
   TerminalConfig& terminal = session.Config().m_terminal;
   NForm& form = Form();
   form.Group(u"Keymap");
@@ -12,4 +12,8 @@ SessionMappedKeysPage::SessionMappedKeysPage(ISessionConfig& session, GlobalConf
   form.CheckBox(u"Map Delete key", terminal.m_mapDelete);
   form.CheckBox(u"Map Backspace key", terminal.m_mapBackspace);
   form.EndGroup();
+  // Alt combinations then open the menu bar unless a mapping takes them first.
+  if (global.m_altSelectsMenu.Get() != 0) {
+    form.Label(u"Alt opens the menu bar (a global option): map an Alt combination to send it to the host.");
+  }
 }

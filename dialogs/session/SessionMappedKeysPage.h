@@ -8,8 +8,4 @@
 class SessionMappedKeysPage final : public NPropertyTreePage {
  public:
   SessionMappedKeysPage(ISessionConfig& session, GlobalConfig& global);
-
- private:
-  // Not read yet: kept for the key-mapping editor.
-  GlobalConfig& m_global;
 };
