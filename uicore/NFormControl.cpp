@@ -4,6 +4,13 @@
 
 #include "uicore/NForm.h"
 
+void NOfferStoredChoice(std::vector<NChoiceItem>& items, const NUnicodeString& stored) {
+  const NControlValue value(stored);
+  if (std::none_of(items.begin(), items.end(), [&](const NChoiceItem& item) { return item.value == value; })) {
+    items.push_back({stored, stored});
+  }
+}
+
 NFormControl::NFormControl(NForm* form, NControlKind kind, NUnicodeString label, std::unique_ptr<NFieldBinding> binding)
     : m_form(form), m_kind(kind), m_label(std::move(label)), m_binding(std::move(binding)) {}
 

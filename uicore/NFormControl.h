@@ -35,6 +35,10 @@ struct NChoiceItem {
   NControlValue value;
 };
 
+// Appends `stored` to `items` when no item holds it: a value the list does
+// not spell the same way is kept until a person picks another.
+void NOfferStoredChoice(std::vector<NChoiceItem>& items, const NUnicodeString& stored);
+
 // What became of a person's edit.
 enum class NEditResult {
   kDone,

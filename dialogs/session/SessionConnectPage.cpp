@@ -16,15 +16,6 @@ std::vector<NChoiceItem> ProtocolsOf(int productId) {
   return items;
 }
 
-// A stored name that no entry spells the same is offered too, so that a
-// session keeps its protocol until a person picks another.
-void OfferStored(std::vector<NChoiceItem>& items, const NUnicodeString& stored) {
-  for (const NChoiceItem& item : items) {
-    if (item.value == NControlValue(stored)) return;
-  }
-  items.push_back({stored, stored});
-}
-
 }  // namespace
 
 SessionConnectPage::SessionConnectPage(ISessionConfig& session, bool readOnly, bool newSession, bool protocolEditable)
@@ -37,34 +28,32 @@ SessionConnectPage::SessionConnectPage(ISessionConfig& session, bool readOnly, b
   form.Label(u"Session: " + session.Path());
   form.StringList(u"Description", session.Config().m_description);
   form.Group(u"Protocols");
-  const auto editable = [protocolEditable] { return protocolEditable; };
   if (HasTerminalProtocols()) {
-    std::vector<NChoiceItem> items = ProtocolsOf(NProtocolTable::kTerminalProduct);
-    OfferStored(items, connect.m_protocolName.Get());
-    m_terminal = &form.Choice(NUnicodeString(kProtocolLabel), connect.m_protocolName, std::move(items))
-                      .EnabledWhen(editable)
-                      .OnChange([this](NFormControl& control) {
-                        const NUnicodeString now = Shown(&control), before = m_lastTerminal;
-                        m_lastTerminal = now;
-                        if (m_handler && before != now) m_handler(true, before, now);
-                      });
+    m_terminal = &AddProtocolChoice(kProtocolLabel, connect.m_protocolName, NProtocolTable::kTerminalProduct,
+                                    protocolEditable, &m_lastTerminal);
   }
   if (HasTransferProtocols()) {
-    std::vector<NChoiceItem> items = ProtocolsOf(GetTransferAppProductID());
-    OfferStored(items, connect.m_fileTransferProtocolName.Get());
-    m_transfer =
-        &form.Choice(NUnicodeString(kTransferProtocolLabel), connect.m_fileTransferProtocolName, std::move(items))
-             .EnabledWhen(editable)
-             .OnChange([this](NFormControl& control) {
-               const NUnicodeString now = Shown(&control), before = m_lastTransfer;
-               m_lastTransfer = now;
-               if (m_handler && before != now) m_handler(false, before, now);
-             });
+    m_transfer = &AddProtocolChoice(kTransferProtocolLabel, connect.m_fileTransferProtocolName,
+                                    GetTransferAppProductID(), protocolEditable, &m_lastTransfer);
   }
   form.EndGroup();
   form.CheckBox(u"Reconnect automatically", session.Config().m_autoReconnect);
   m_lastTerminal = TerminalProtocol();
   m_lastTransfer = TransferProtocol();
+}
+
+NFormControl& SessionConnectPage::AddProtocolChoice(std::u16string_view label, NProfileString& field, int productId,
+                                                    bool editable, NUnicodeString* last) {
+  std::vector<NChoiceItem> items = ProtocolsOf(productId);
+  NOfferStoredChoice(items, field.Get());
+  return Form()
+      .Choice(NUnicodeString(label), field, std::move(items))
+      .EnabledWhen([editable] { return editable; })
+      .OnChange([this, last](NFormControl& control) {
+        const NUnicodeString now = Shown(&control), before = *last;
+        *last = now;
+        if (m_handler && before != now) m_handler(&control == m_terminal, before, now);
+      });
 }
 
 NUnicodeString SessionConnectPage::Shown(const NFormControl* control) const {

@@ -33,6 +33,9 @@ class SessionConnectPage final : public NPropertyTreePage {
   bool OnValidate(NPageFailure& failure) override;
 
  private:
+  // The choice of one protocol kind; a person's change goes to the handler.
+  NFormControl& AddProtocolChoice(std::u16string_view label, NProfileString& field, int productId, bool editable,
+                                  NUnicodeString* last);
   NUnicodeString Shown(const NFormControl* control) const;
 
   ISessionConfig& m_session;

@@ -11,16 +11,12 @@ NUnicodeString Decimal(int n) { return NUnicodeString::FromUtf8(std::to_string(n
 
 std::vector<NChoiceItem> Emulations(const NUnicodeString& stored) {
   std::vector<NChoiceItem> items;
-  bool storedOffered = false;
   for (const NUnicodeString& name : TerminalConfig::EmulationNames()) {
     // The older spelling is read as "SCOANSI"; offering both would show one
     // emulation twice.
-    if (name == u"SCO-ANSI") continue;
-    items.push_back({name, name});
-    storedOffered = storedOffered || name == stored;
+    if (name != u"SCO-ANSI") items.push_back({name, name});
   }
-  // A name the list does not spell the same way stays until a person picks another.
-  if (!storedOffered) items.push_back({stored, stored});
+  NOfferStoredChoice(items, stored);
   return items;
 }
 

@@ -10,11 +10,7 @@ std::vector<NChoiceItem> OperatingSystems(const NUnicodeString& stored) {
                                     {u"Windows", NUnicodeString(u"WINDOWS")},
                                     {u"VMS", NUnicodeString(u"VMS")},
                                     {u"MVS", NUnicodeString(u"MVS")}};
-  // A name the list does not spell the same way stays until a person picks another.
-  for (const NChoiceItem& item : items) {
-    if (item.value == NControlValue(stored)) return items;
-  }
-  items.push_back({stored, stored});
+  NOfferStoredChoice(items, stored);
   return items;
 }
 

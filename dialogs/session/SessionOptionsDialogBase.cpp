@@ -24,6 +24,12 @@ bool IsLocalProtocol(std::u16string_view name) {
   return name == u"TAPI" || name == u"Serial" || name == u"Local Shell";
 }
 
+// The protocol modules are loaded before the first dialog sizes its slots.
+std::size_t LoadedProtocolCount() {
+  NProtocolTable::LoadModules();
+  return NProtocolTable::Count();
+}
+
 ISessionConfig* Checked(ISessionConfig* session) {
   if (!session) throw std::invalid_argument("the session options dialog needs a session");
   return session;
@@ -47,7 +53,7 @@ SessionOptionsDialogBase::SessionOptionsDialogBase(GlobalConfig* global, ISessio
       m_global(global),
       m_session(Checked(session)),
       m_mode(mode),
-      m_protocolPages(NProtocolTable::Count(), nullptr),
+      m_protocolPages(LoadedProtocolCount(), nullptr),
       m_connectPage(*session, NIsReadOnly(mode), newSession, protocolEditable),
       m_logonScriptsPage(*session),
       m_terminalPage(*session),
@@ -65,9 +71,6 @@ SessionOptionsDialogBase::SessionOptionsDialogBase(GlobalConfig* global, ISessio
       m_fileTransferAdvancedPage(*session),
       m_fileTransferPage(*session, *global, NIsReadOnly(mode)),
       m_ftpSftpPage(*session, NIsReadOnly(mode)) {
-  // The connection page's constructor loaded the protocol modules, before
-  // the slots were sized: size them again now that the table is full.
-  m_protocolPages.assign(NProtocolTable::Count(), nullptr);
   NProtocolTable::SetCurrentProductId(GetCurrentAppProductID());
   m_session->AddRef();
 
