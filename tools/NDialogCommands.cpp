@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cstdio>
 
+#include "base/NUnknownPointer.h"
 #include "config/NConfigEntry.h"
 #include "config/NSessionPath.h"
 #include "dialogs/DemoOptionsDialog.h"
@@ -320,7 +321,8 @@ int NDialogCommands::Session(const SessionRequest& request) {
   }
   const NUnicodeString path = NSessionPathFromUtf8(request.path.empty() ? "Default" : request.path);
   NReportMessageParams params;
-  ISessionConfig* session = NOpenSession(path, request.mode == kSessionDialogLocked, params);
+  const auto session =
+      NUnknownPointer<ISessionConfig>::Adopt(NOpenSession(path, request.mode == kSessionDialogLocked, params));
   if (!session) {
     NErr("cfgdeck dialog: " + params.GetText().ToUtf8());
     return kExitFailure;
@@ -332,7 +334,7 @@ int NDialogCommands::Session(const SessionRequest& request) {
   NClearShownMessageBoxes();
   bool fontsChanged = false;
   {
-    SessionOptionsDialog dialog(global, session,
+    SessionOptionsDialog dialog(global, session.Get(),
                                 request.mode.value_or(request.path.empty() ? kSessionDialogDefault : 0), false, true, 0,
                                 false, 0, false, fontsChanged, nullptr);
     backend.SetScript([&](NPropertyTreeDialog& running) {
@@ -355,7 +357,6 @@ int NDialogCommands::Session(const SessionRequest& request) {
     });
     dialog.DoModal();
   }
-  session->Release();
   if (!error.empty()) {
     NErr("cfgdeck dialog: " + error + "\n");
     return kExitFailure;

@@ -1,5 +1,6 @@
 #include "dialogs/session/SessionOptionsDialog.h"
 
+#include "base/NUnknownPointer.h"
 #include "dialogs/NMessageText.h"
 #include "uicore/NAppName.h"
 #include "uicore/NMessageBox.h"
@@ -43,17 +44,16 @@ std::intptr_t ShowSessionOptionsDialog(GlobalConfig* global, ISessionConfig* ses
 
 bool EditDefaultSession(GlobalConfig* global, unsigned int screenDpi, void* parent) {
   NReportMessageParams params;
-  ISessionConfig* defaults = NOpenSession(u"Default", false, params);
+  const auto defaults = NUnknownPointer<ISessionConfig>::Adopt(NOpenSession(u"Default", false, params));
   if (!defaults) {
     ShowFailure(parent, params);
     return false;
   }
   bool fontsChanged = false;
-  bool saved = true;
   {
     // The columns the global record allows are the default session's limit.
-    SessionOptionsDialog dialog(global, defaults, kSessionDialogDefault, false, true, global->m_maxColumns.Get(), false,
-                                static_cast<int>(screenDpi), false, fontsChanged, parent);
+    SessionOptionsDialog dialog(global, defaults.Get(), kSessionDialogDefault, false, true, global->m_maxColumns.Get(),
+                                false, static_cast<int>(screenDpi), false, fontsChanged, parent);
     dialog.SetNewSession(false);
     defaults->PreEdit();
     if (dialog.DoModal() == IModalDialog::kOk && defaults->IsModified()) {
@@ -62,11 +62,8 @@ bool EditDefaultSession(GlobalConfig* global, unsigned int screenDpi, void* pare
                                                  {NMessageText(kMsgApplyDefaultOnly), NMessageText(kMsgApplyAll)});
       if (choice == kApplyToAll) ApplyToAllSessions(*defaults, parent);
     }
-    if (!defaults->Save(params)) {
-      ShowFailure(parent, params);
-      saved = false;
-    }
   }
-  defaults->Release();
-  return saved;
+  if (defaults->Save(params)) return true;
+  ShowFailure(parent, params);
+  return false;
 }

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "base/NUnknownPointer.h"
 #include "config/NConfigEntry.h"
 #include "config/NSessionPath.h"
 #include "dialogs/DemoOptionsDialog.h"
@@ -87,23 +88,17 @@ int main(int argc, char** argv) {
   // The session is opened before any window: a wrong path is told without one.
   const std::string path = session->parsed() ? sessionPath : "Default";
   NReportMessageParams params;
-  ISessionConfig* opened = NOpenSession(NSessionPathFromUtf8(path), false, params);
+  const auto opened = NUnknownPointer<ISessionConfig>::Adopt(NOpenSession(NSessionPathFromUtf8(path), false, params));
   if (!opened) {
     NErr("cfgdeck-settings: " + params.GetText().ToUtf8());
     return kExitFailure;
   }
   NQtApplication qt(argc, argv, !screenshots.empty());
-  int status = kExitSuccess;
   if (defaultSession->parsed() && screenshots.empty()) {
-    opened->Release();
     return EditDefaultSession(config, 0, nullptr) ? kExitSuccess : kExitFailure;
   }
-  {
-    bool fontsChanged = false;
-    const int mode = session->parsed() ? 0 : kSessionDialogDefault;
-    SessionOptionsDialog dialog(config, opened, mode, false, true, 0, false, 0, false, fontsChanged, nullptr);
-    status = screenshots.empty() ? RunAndSave(dialog, *opened) : Screenshots(dialog, screenshots);
-  }
-  opened->Release();
-  return status;
+  bool fontsChanged = false;
+  const int mode = session->parsed() ? 0 : kSessionDialogDefault;
+  SessionOptionsDialog dialog(config, opened.Get(), mode, false, true, 0, false, 0, false, fontsChanged, nullptr);
+  return screenshots.empty() ? RunAndSave(dialog, *opened) : Screenshots(dialog, screenshots);
 }
