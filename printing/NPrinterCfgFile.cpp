@@ -1,6 +1,8 @@
 #include "printing/NPrinterCfgFile.h"
 
+#include <algorithm>
 #include <array>
+#include <cstdio>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -9,6 +11,7 @@
 #include <vector>
 
 #include "location/NStatusReport.h"
+#include "printing/NFormatInches.h"
 #include "store/NFindIgnoringCase.h"
 #include "store/NIniRecordReader.h"
 #include "store/NTextFile.h"
@@ -112,6 +115,63 @@ void NPrinterCfgFile::Parse(std::string_view text, NPrinterSettings* settings) {
       ParseFont(record.text, &settings->fontPointSize, &settings->font);
     }
   }
+}
+
+std::string NPrinterCfgFile::Format(const NPrinterSettings& settings) {
+  NTextFile text;
+  const auto dword = [](std::uint32_t value) {
+    char digits[9];
+    std::snprintf(digits, sizeof digits, "%08x", value);
+    return std::string(digits);
+  };
+  text.WriteLine("S:\"Printer Name\"=" + settings.printerName.ToUtf8());
+  text.WriteLine("D:\"Orientation\"=" + dword(settings.orientation));
+  text.WriteLine("D:\"Paper Size\"=" + dword(settings.paperSize));
+  text.WriteLine("D:\"Paper Source\"=" + dword(settings.paperSource));
+  const NMarginData& margins = settings.margins;
+  text.WriteLine("S:\"Left Margin\"=" + NFormatInches(margins.left).ToUtf8());
+  text.WriteLine("S:\"Right Margin\"=" + NFormatInches(margins.right).ToUtf8());
+  text.WriteLine("S:\"Top Margin\"=" + NFormatInches(margins.top).ToUtf8());
+  text.WriteLine("S:\"Bottom Margin\"=" + NFormatInches(margins.bottom).ToUtf8());
+  const NLogFont& font = settings.font;
+  std::string line = "S:\"Printer Font\"=" + std::to_string(settings.fontPointSize);
+  for (const std::int64_t n : {std::int64_t{font.height}, std::int64_t{font.width}, std::int64_t{font.escapement},
+                               std::int64_t{font.orientation}, std::int64_t{font.weight}, std::int64_t{font.italic},
+                               std::int64_t{font.underline}, std::int64_t{font.strikeOut}, std::int64_t{font.charSet},
+                               std::int64_t{font.outPrecision}, std::int64_t{font.clipPrecision},
+                               std::int64_t{font.quality}, std::int64_t{font.pitchAndFamily}}) {
+    line += "," + std::to_string(n);
+  }
+  const std::u16string_view face(font.faceName.data(),
+                                 std::find(font.faceName.begin(), font.faceName.end(), u'\0') - font.faceName.begin());
+  text.WriteLine(line + "," + NUnicodeString(face).ToUtf8());
+  return std::move(text.Pending());
+}
+
+bool NPrinterCfgFile::Write(NPlatform& platform, std::u16string_view folder, const NPrinterSettings& settings,
+                            NReportMessageParams& params) {
+  NUnicodeString path(folder);
+  path += platform.PathSeparator();
+  path += kFileName;
+  NTextFile text;
+  text.SetEncoding(NTextFile::Encoding::kUtf8);
+  text.Write(Format(settings));
+  const std::string bytes = text.Encoded();
+  std::unique_ptr<NFile> file;
+  NOpenOptions options;
+  options.mode = NOpenMode::kCreateIfMissing;
+  options.access = NFileAccess::kReadWrite;
+  NStatus status = platform.OpenFile(path, options, &file);
+  // Written first and cut after, so that a failure midway leaves the old
+  // settings' length of bytes rather than an empty file.
+  if (status) status = file->Write(0, bytes.data(), bytes.size());
+  if (status) status = file->Truncate(bytes.size());
+  if (status) status = file->Sync();
+  if (!status) {
+    NReportStatus(status, params);
+    return false;
+  }
+  return true;
 }
 
 bool NPrinterCfgFile::ParseFont(std::string_view text, std::int32_t* pointSize, NLogFont* font) {

@@ -31,6 +31,14 @@ class NPrinterCfgFile {
   static bool Read(NPlatform& platform, std::u16string_view folder, NPrinterSettings* settings,
                    NReportMessageParams& params);
 
+  // Writes *settings as the file of `folder`, replacing it whole (UTF-8,
+  // every setting a record), and flushes it to disk. False, with params
+  // naming the file, when it cannot be written.
+  static bool Write(NPlatform& platform, std::u16string_view folder, const NPrinterSettings& settings,
+                    NReportMessageParams& params);
+  // The file's text for *settings, lines ended by CR LF.
+  static std::string Format(const NPrinterSettings& settings);
+
   // The records of the file's text (UTF-8).
   static void Parse(std::string_view text, NPrinterSettings* settings);
 

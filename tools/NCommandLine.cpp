@@ -150,6 +150,19 @@ int NCommandLine::Run(const std::vector<std::string>& args) {
                                              "Choose the file-transfer protocol NAME (repeatable)")
                                 ->option_text("NAME");
   }
+  NDialogCommands::GlobalRequest globalDialog;
+  std::string globalInstalled;
+  CLI::App* globalDialogCommand = dialog->add_subcommand(
+      "global",
+      "The Global Options dialog, opened without a window: print its title, OK button, pages and messages");
+  globalDialogCommand
+      ->add_option("--installed", globalInstalled,
+                   "The installed applications, a comma-separated subset of skeldon,quenn,parrow (default: as detected)")
+      ->option_text("LIST");
+  globalDialogCommand->add_option("--product", globalDialog.productId, "The current product id (default: 3)")
+      ->option_text("ID");
+  globalDialogCommand->add_flag("--no-file-types", globalDialog.noFileTypes,
+                                "Pass no file-type and icon managers, as a host without them does");
   CLI::App* product = app.add_subcommand(
       "product", "Print the product ids, the installed companion applications and the shared cache's names");
 
@@ -254,6 +267,10 @@ int NCommandLine::Run(const std::vector<std::string>& args) {
       }
     }
     return NDialogCommands(m_configFolder, m_appName).Session(sessionDialog);
+  }
+  if (globalDialogCommand->parsed()) {
+    if (globalDialogCommand->get_option("--installed")->count() > 0) globalDialog.installed = globalInstalled;
+    return NDialogCommands(m_configFolder, m_appName).GlobalOptions(globalDialog);
   }
   if (dialog->parsed()) return NDialogCommands(m_configFolder, m_appName).Global(dialogRequest);
   if (product->parsed()) return NGlobalCommands(m_configFolder, m_appName).Product();

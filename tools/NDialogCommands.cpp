@@ -9,6 +9,7 @@
 #include "config/NConfigEntry.h"
 #include "config/NSessionPath.h"
 #include "dialogs/DemoOptionsDialog.h"
+#include "dialogs/global/GlobalOptionsDialog.h"
 #include "dialogs/session/SessionConnectPage.h"
 #include "dialogs/session/SessionOptionsDialog.h"
 #include "tools/NToolInstallation.h"
@@ -47,6 +48,8 @@ const char* KindName(NControlKind kind) {
       return "group box";
     case NControlKind::kLabel:
       return "label";
+    case NControlKind::kSampleTabs:
+      return "sample tabs";
   }
   return "control";
 }
@@ -361,5 +364,48 @@ int NDialogCommands::Session(const SessionRequest& request) {
     NErr("cfgdeck dialog: " + error + "\n");
     return kExitFailure;
   }
+  return kExitSuccess;
+}
+
+namespace {
+
+// The tool keeps no file-type register: an empty one in memory, so that the
+// page shows as in a host that has one.
+class NToolFileTypes final : public NFileTypeManager, public NIconManager {
+ public:
+  NStringArray Associations() const override { return m_lines; }
+  bool SetAssociations(const NStringArray& lines) override {
+    m_lines = lines;
+    return true;
+  }
+  void Invalidate(std::u16string_view) override {}
+
+ private:
+  NStringArray m_lines;
+};
+
+}  // namespace
+
+int NDialogCommands::GlobalOptions(const GlobalRequest& request) {
+  std::string error;
+  if (request.installed && !NSetToolInstallation(*request.installed, &error)) {
+    NErr("cfgdeck dialog: " + error + "\n");
+    return kExitUsage;
+  }
+  SetCurrentAppProductID(request.productId);
+  GlobalConfig* global = nullptr;
+  GetGlobalConfig(global, -1);
+  NHeadlessDialogBackend backend;
+  NScopedDialogBackend installed(backend);
+  NClearShownMessageBoxes();
+  NToolFileTypes fileTypes;
+  NGlobalDialogInputs inputs;
+  if (!request.noFileTypes) {
+    inputs.fileTypes = &fileTypes;
+    inputs.icons = &fileTypes;
+  }
+  GlobalOptionsDialog dialog(global, inputs, nullptr);
+  backend.SetScript([&](NPropertyTreeDialog& running) { NOut(Structure(running)); });
+  dialog.DoModal();
   return kExitSuccess;
 }

@@ -33,10 +33,18 @@ class NDialogCommands {
     std::vector<std::pair<bool, std::string>> protocols;
   };
 
+  // `cfgdeck dialog global`: the Global Options dialog's structure.
+  struct GlobalRequest {
+    std::optional<std::string> installed;  // comma-separated; none: detected
+    int productId = 3;
+    bool noFileTypes = false;
+  };
+
   NDialogCommands(const std::string& folder, const std::string& appName);
 
   int Global(const Request& request);
   int Session(const SessionRequest& request);
+  int GlobalOptions(const GlobalRequest& request);
 
  private:
   // Runs the request's edits and button on `dialog`; false, with the

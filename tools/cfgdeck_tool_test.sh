@@ -222,6 +222,22 @@ check "a protocol not offered is refused" $'1\ncfgdeck dialog: \'Gopher\' was no
 run "${cfg[@]}" dialog session Lab/router1 --installed telnet
 check "an unknown application is bad usage" 2 "$status"
 
+# ---- the Global Options dialog's structure ----
+run "${cfg[@]}" dialog global --installed skeldon,parrow
+check "global dialog: title, OK, every page in tree order" $'0\ntitle\tGlobal Options\nok\tenabled
+page\t0\tGeneral\tshown\npage\t1\tConfiguration Paths\tshown\npage\t1\tDefault Session\tshown
+page\t0\tTerminal\tshown\npage\t1\tAppearance\tshown\npage\t2\tANSI Color\tshown\npage\t2\tAdvanced\tshown
+page\t1\tTabs/Tiling\tshown\npage\t1\tPrinting\tshown\npage\t1\tWeb Browser\tshown\npage\t1\tTFTP Server\tshown
+page\t1\tAdvanced\tshown\npage\t0\tFile Transfer\tshown\npage\t1\tOptions\tshown\npage\t2\tAdvanced\tshown
+page\t1\tView\tshown\npage\t1\tFTP\tshown\npage\t1\tTLS\tshown\npage\t1\tSound\tshown\npage\t1\tFile Types\tshown
+page\t1\tFilters\tshown\npage\t0\tFirewall\tshown\n' "$status"$'\n'"$out"
+run "${cfg[@]}" dialog global --installed parrow --product 9 --no-file-types
+check "global dialog: product 9, file transfer only, no managers" \
+  $'General Configuration Paths File Transfer Options Advanced FTP TLS Filters Firewall ' \
+  "$(awk -F'\t' '$1 == "page" { printf "%s ", $3 }' <<<"$out")"
+run "${cfg[@]}" dialog global --installed telnet
+check "global dialog: an unknown application is bad usage" 2 "$status"
+
 run "${cfg[@]}" global --product x
 check "a product id that is no number is bad usage" 2 "$status"
 

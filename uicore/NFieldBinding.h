@@ -46,3 +46,14 @@ template <typename Field>
 std::unique_ptr<NFieldBinding> NBind(Field& field) {
   return std::make_unique<NTypedFieldBinding<Field>>(field);
 }
+
+// A setting that is no record's field (a registry value, a file's): the
+// page reads it into `value` and, after OK, acts on what was stored there.
+template <typename T>
+struct NPlainField {
+  T value{};
+  T defaultValue{};
+  const T& Get() const { return value; }
+  const T& Default() const { return defaultValue; }
+  void Set(T changed) { value = std::move(changed); }
+};

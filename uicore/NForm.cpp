@@ -35,6 +35,10 @@ NFormControl& NForm::Button(NUnicodeString label, std::function<void()> action) 
   return Add(NControlKind::kButton, std::move(label), nullptr).Action(std::move(action));
 }
 
+NFormControl& NForm::SampleTabs(NUnicodeString label, std::function<std::vector<NSampleTab>()> samples) {
+  return Add(NControlKind::kSampleTabs, std::move(label), nullptr).Samples(std::move(samples));
+}
+
 NFormControl& NForm::Group(NUnicodeString label) {
   m_group = nullptr;
   NFormControl& group = Add(NControlKind::kGroupBox, std::move(label), nullptr);

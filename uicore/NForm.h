@@ -80,6 +80,7 @@ class NForm {
   NFormControl& Group(NUnicodeString label);
   void EndGroup() { m_group = nullptr; }
   NFormControl& Label(NUnicodeString text);
+  NFormControl& SampleTabs(NUnicodeString label, std::function<std::vector<NSampleTab>()> samples);
 
   const std::vector<std::unique_ptr<NFormControl>>& Controls() const { return m_controls; }
   // The first control with `label` (exactly), or null.

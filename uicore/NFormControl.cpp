@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "uicore/IDialogBackend.h"
 #include "uicore/NForm.h"
 
 void NOfferStoredChoice(std::vector<NChoiceItem>& items, const NUnicodeString& stored) {
@@ -27,6 +28,16 @@ NFormControl& NFormControl::Items(std::vector<NChoiceItem> items) {
 
 NFormControl& NFormControl::Filter(NUnicodeString filter) {
   m_filter = std::move(filter);
+  return *this;
+}
+
+NFormControl& NFormControl::Prompt(NUnicodeString prompt) {
+  m_prompt = std::move(prompt);
+  return *this;
+}
+
+NFormControl& NFormControl::Samples(std::function<std::vector<NSampleTab>()> samples) {
+  m_samples = std::move(samples);
   return *this;
 }
 
@@ -115,6 +126,17 @@ bool NFormControl::Press() {
   if (m_kind != NControlKind::kButton || !m_action || !IsEnabled()) return false;
   m_action();
   return true;
+}
+
+NEditResult NFormControl::Browse(void* parent) {
+  if (m_kind != NControlKind::kFile && m_kind != NControlKind::kFolder) return NEditResult::kWrongKind;
+  if (!IsEnabled()) return LockReason() ? NEditResult::kLocked : NEditResult::kDisabled;
+  const NUnicodeString* current = std::get_if<NUnicodeString>(&m_value);
+  const std::u16string_view initial = current ? std::u16string_view(*current) : std::u16string_view();
+  const std::optional<NUnicodeString> path = m_kind == NControlKind::kFile
+                                                 ? NDialogBackend().PickFile(parent, PickerPrompt(), initial, m_filter)
+                                                 : NDialogBackend().PickFolder(parent, PickerPrompt(), initial);
+  return path ? SetValue(*path) : NEditResult::kNoValue;
 }
 
 std::optional<NUnicodeString> NFormControl::Check() const {

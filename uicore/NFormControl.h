@@ -27,6 +27,16 @@ enum class NControlKind {
   kButton,      // an action, no value
   kGroupBox,    // a caption over the controls that follow it, no value
   kLabel,       // a line of text, no value
+  kSampleTabs,  // a strip of sample tabs drawn from the other controls, no value
+};
+
+// One tab of a sample tab strip, in the colours (0x00BBGGRR) it is drawn in.
+struct NSampleTab {
+  NUnicodeString caption;
+  std::uint32_t indicator = 0;   // the status indicator's colour
+  std::uint32_t background = 0;  // the tab's own colour
+  bool barIndicator = true;      // a bar along the tab; false: the whole tab is coloured
+  int indicatorWidth = 2;        // the bar's thickness in pixels
 };
 
 // One item of a choice list or radio group: what it shows, what it stores.
@@ -70,6 +80,10 @@ class NFormControl {
   NFormControl& Items(std::vector<NChoiceItem> items);
   // A file picker's filter, as "Sound files (*.wav)".
   NFormControl& Filter(NUnicodeString filter);
+  // What a file or folder picker asks (its title); without one, the label.
+  NFormControl& Prompt(NUnicodeString prompt);
+  // What a sample tab strip draws, asked again whenever it is repainted.
+  NFormControl& Samples(std::function<std::vector<NSampleTab>()> samples);
   // Enabled only while `rule` holds; rules combine with "and".
   NFormControl& EnabledWhen(std::function<bool()> rule);
   // Enabled only while `checkBox` shows a tick.
@@ -94,6 +108,8 @@ class NFormControl {
   std::int64_t Maximum() const { return m_maximum; }
   const std::vector<NChoiceItem>& ChoiceItems() const { return m_items; }
   const NUnicodeString& FileFilter() const { return m_filter; }
+  const NUnicodeString& PickerPrompt() const { return m_prompt.empty() ? m_label : m_prompt; }
+  std::vector<NSampleTab> SampleTabs() const { return m_samples ? m_samples() : std::vector<NSampleTab>(); }
   // The group box this control sits in, or null.
   const NFormControl* Group() const { return m_group; }
 
@@ -117,6 +133,10 @@ class NFormControl {
   NEditResult ResetToDefault();
   // Runs a button's action; false when there is none or it is disabled.
   bool Press();
+  // A file or folder control's picker, with its prompt, in the installed
+  // dialog backend; the path picked becomes the value. kNoValue when the
+  // picker was cancelled.
+  NEditResult Browse(void* parent);
   // The check applied on OK and Apply: the message, or nothing.
   std::optional<NUnicodeString> Check() const;
 
@@ -138,6 +158,8 @@ class NFormControl {
   std::int64_t m_maximum = INT32_MAX;
   std::vector<NChoiceItem> m_items;
   NUnicodeString m_filter;
+  NUnicodeString m_prompt;
+  std::function<std::vector<NSampleTab>()> m_samples;
   std::vector<std::function<bool()>> m_rules;
   std::function<std::optional<NUnicodeString>()> m_lock;
   std::function<void()> m_action;

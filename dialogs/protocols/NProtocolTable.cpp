@@ -7,6 +7,7 @@ namespace {
 
 struct Table {
   NArray<NProtocolEntry> entries;
+  NGlobalPageFactory globalPage;
   bool loaded = false;
   int currentProductId = 0;
 };
@@ -37,6 +38,10 @@ int NProtocolTable::ProductIdOf(std::size_t index) {
   const int id = Entry(index).productId;
   return id == NProtocolEntry::kTransferProduct ? GetTransferAppProductID() : id;
 }
+
+void NProtocolTable::SetGlobalPageFactory(NGlobalPageFactory factory) { TheTable().globalPage = std::move(factory); }
+
+const NGlobalPageFactory& NProtocolTable::GlobalPageFactory() { return TheTable().globalPage; }
 
 void NProtocolTable::SetCurrentProductId(int productId) { TheTable().currentProductId = productId; }
 

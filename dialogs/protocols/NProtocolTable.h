@@ -16,6 +16,10 @@ class SessionProtocolPage;
 using NProtocolPageFactory = std::function<std::unique_ptr<SessionProtocolPage>(
     IPropertyTreeDialog& dialog, int mode, ISessionConfig& session, NPropertyTreePage& connection)>;
 
+// Makes a host's own page of the Global Options dialog, given the dialog;
+// the dialog adds the page at the root of its tree and deletes it.
+using NGlobalPageFactory = std::function<std::unique_ptr<NPropertyTreePage>(IPropertyTreeDialog& dialog)>;
+
 // One connection protocol: the name sessions store ("Protocol Name" or
 // "File Transfer Protocol Name"), the product it belongs to, and how its
 // options page is made (none: the protocol has no settings of its own).
@@ -47,6 +51,11 @@ class NProtocolTable {
   static const NProtocolEntry& Entry(std::size_t index);
   // The entry's product id, kTransferProduct resolved.
   static int ProductIdOf(std::size_t index);
+
+  // The host's Global Options page, set while its modules load; null for
+  // none.
+  static void SetGlobalPageFactory(NGlobalPageFactory factory);
+  static const NGlobalPageFactory& GlobalPageFactory();
 
   // The product the dialogs are opened for, noted by each dialog.
   static void SetCurrentProductId(int productId);

@@ -16,11 +16,11 @@ check() {  # check NAME EXPECTED ACTUAL
   fi
 }
 
-out="$("$program" --config "$scratch/config" --screenshot "$scratch/shots" global 2>/dev/null)"
+out="$("$program" --config "$scratch/config" --installed skeldon,parrow --screenshot "$scratch/shots" global 2>/dev/null)"
 check "screenshot exit" 0 $?
-check "screenshot report" "Wrote 4 pages to $scratch/shots" "$out"
-check "one picture a page, named by position and title" $'01-General.png\n02-Tabs.png\n03-Passwords.png\n04-Files.png' \
-  "$(ls "$scratch/shots")"
+check "screenshot report" "Wrote 21 pages to $scratch/shots" "$out"
+check "one picture a page, named by position and title" \
+  $'01-General.png\n02-Configuration-Paths.png\n03-Default-Session.png\n04-Terminal.png' "$(ls "$scratch/shots" | head -4)"
 for picture in "$scratch"/shots/*.png; do
   [[ "$(head -c 8 "$picture" | od -An -tx1 | tr -d ' \n')" == 89504e470d0a1a0a && $(stat -c %s "$picture") -gt 5000 ]]
   check "$(basename "$picture") is a PNG picture of a page" 0 $?

@@ -5,7 +5,8 @@
 #include "base/NUnknownPointer.h"
 #include "config/NConfigEntry.h"
 #include "config/NSessionPath.h"
-#include "dialogs/DemoOptionsDialog.h"
+#include "config/NGlobalConfigStore.h"
+#include "dialogs/global/GlobalOptionsDialog.h"
 #include "dialogs/session/SessionOptionsDialog.h"
 #include "platform/NConsole.h"
 #include "tools/NToolFolder.h"
@@ -80,10 +81,16 @@ int main(int argc, char** argv) {
   GetGlobalConfig(config, -1);
   if (!session->parsed() && !defaultSession->parsed()) {
     NQtApplication qt(argc, argv, !screenshots.empty());
-    DemoOptionsDialog dialog(*config, NReadPolicy());
+    NGlobalDialogInputs inputs;
+    inputs.appName = NUnicodeString::FromUtf8(appName);
+    inputs.tftpServerAvailable = true;
+    GlobalOptionsDialog dialog(config, inputs, nullptr);
     if (!screenshots.empty()) return Screenshots(dialog, screenshots);
-    dialog.DoModal();
-    return kExitSuccess;
+    if (dialog.DoModal() != IModalDialog::kOk) return kExitSuccess;
+    NReportMessageParams params;
+    if (NGlobalConfigStore::Save(false, params)) return kExitSuccess;
+    NErr("cfgdeck-settings: the global options were not saved: " + params.GetText().ToUtf8());
+    return kExitFailure;
   }
   // The session is opened before any window: a wrong path is told without one.
   const std::string path = session->parsed() ? sessionPath : "Default";

@@ -21,6 +21,7 @@
 #include "config/GlobalConfig.h"
 #include "config/NConfigEntry.h"
 #include "dialogs/DemoOptionsDialog.h"
+#include "dialogs/global/GlobalOptionsDialog.h"
 #include "dialogs/session/SessionOptionsDialog.h"
 #include "store/NIniFileStoreFactory.h"
 #include "uicore/qt/NQtPropertyTreeWindow.h"
@@ -231,6 +232,30 @@ void BM_SessionOptionsDialog(benchmark::State& state) {
   TimeFrameDialog(state, [&] { return std::make_unique<SessionDialog>(folder.Session()); });
 }
 BENCHMARK(BM_SessionOptionsDialog)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+// The Global Options dialog with both applications installed and the
+// file-type managers given: the whole tree, General first.
+struct GlobalDialog final : NFileTypeManager, NIconManager {
+  NStringArray Associations() const override { return {}; }
+  bool SetAssociations(const NStringArray&) override { return true; }
+  void Invalidate(std::u16string_view) override {}
+  static NGlobalDialogInputs Inputs(GlobalDialog* managers) {
+    NGlobalDialogInputs inputs;
+    inputs.appName = u"Skeldon";
+    inputs.fileTypes = managers;
+    inputs.icons = managers;
+    return inputs;
+  }
+  GlobalConfig global{3};
+  GlobalOptionsDialog dialog{&global, Inputs(this), nullptr};
+  NPropertyTreeDialog& Dialog() { return dialog; }
+};
+
+void BM_GlobalOptionsDialog(benchmark::State& state) {
+  SessionFolder folder;  // a real folder under the store, and both applications
+  TimeFrameDialog(state, [] { return std::make_unique<GlobalDialog>(); });
+}
+BENCHMARK(BM_GlobalOptionsDialog)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 }  // namespace
 

@@ -27,6 +27,46 @@
 
 namespace {
 
+QColor FromBgr(std::uint32_t bgr) { return QColor(bgr & 0xff, (bgr >> 8) & 0xff, (bgr >> 16) & 0xff); }
+
+// A strip of sample tabs, drawn from what its control says at each paint:
+// a repaint after any edit shows the colours being edited.
+class NQtSampleTabs final : public QWidget {
+ public:
+  explicit NQtSampleTabs(const NFormControl& control) : m_control(control) {
+    setMinimumHeight(fontMetrics().height() * 2 + 8);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+  }
+
+ protected:
+  void paintEvent(QPaintEvent*) override {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const std::vector<NSampleTab> tabs = m_control.SampleTabs();
+    if (tabs.empty()) return;
+    const int gap = 4;
+    const qreal width = (this->width() - gap * (static_cast<int>(tabs.size()) - 1)) / static_cast<qreal>(tabs.size());
+    const qreal height = this->height() - 2;
+    qreal left = 0;
+    for (const NSampleTab& tab : tabs) {
+      const QRectF box(left, 1, width, height);
+      painter.setPen(palette().color(QPalette::Mid));
+      painter.setBrush(tab.barIndicator ? FromBgr(tab.background) : FromBgr(tab.indicator));
+      painter.drawRoundedRect(box, 4, 4);
+      if (tab.barIndicator) {
+        const qreal bar = std::max(1, tab.indicatorWidth);
+        painter.fillRect(QRectF(box.left() + 3, box.bottom() - bar - 2, box.width() - 6, bar), FromBgr(tab.indicator));
+      }
+      painter.setPen(palette().color(QPalette::WindowText));
+      painter.drawText(box.adjusted(4, 0, -4, -2), Qt::AlignCenter, NToQString(tab.caption));
+      left += width + gap;
+    }
+  }
+
+ private:
+  const NFormControl& m_control;
+};
+
 const QColor kHighlight(0xff, 0xe8, 0x80);
 constexpr int kStringListLines = 5;
 
@@ -193,6 +233,13 @@ void NQtFormWidget::Build() {
         layout->addRow(text);
         break;
       }
+      case NControlKind::kSampleTabs: {
+        auto* strip = new NQtSampleTabs(control);
+        strip->setObjectName(label);
+        entry.caption = entry.editor = strip;
+        layout->addRow(strip);
+        break;
+      }
       case NControlKind::kCheckBox:
       case NControlKind::kButton:
         AddRow(layout, i, nullptr, MakeEditor(i), false);  // the widget shows its own label
@@ -302,15 +349,7 @@ QWidget* NQtFormWidget::MakeEditor(std::size_t index) {
       auto* browse = new QPushButton(QStringLiteral("Browse..."));
       row->addWidget(browse);
       connect(browse, &QPushButton::clicked, this, [this, index] {
-        NFormControl& picked = *m_entries[index].control;
-        const NUnicodeString* current = std::get_if<NUnicodeString>(&picked.Value());
-        const std::u16string_view initial = current ? std::u16string_view(*current) : std::u16string_view();
-        void* parent = window();
-        const std::optional<NUnicodeString> path =
-            picked.Kind() == NControlKind::kFile
-                ? NDialogBackend().PickFile(parent, picked.Label(), initial, picked.FileFilter())
-                : NDialogBackend().PickFolder(parent, picked.Label(), initial);
-        if (path) Edit(index, *path, false);
+        m_entries[index].control->Browse(window());
       });
       break;
     }
@@ -434,6 +473,7 @@ QWidget* NQtFormWidget::MakeEditor(std::size_t index) {
     }
     case NControlKind::kGroupBox:
     case NControlKind::kLabel:
+    case NControlKind::kSampleTabs:
       break;  // made by Build: they have no value
   }
   if (named) named->setObjectName(label);
@@ -497,6 +537,7 @@ void NQtFormWidget::RefreshStates() {
       entry.lockNote->setText(lock ? NToQString(*lock) : QString());
       entry.lockNote->setVisible(lock.has_value());
     }
+    if (control.Kind() == NControlKind::kSampleTabs) entry.editor->update();
     if (control.HasValue()) SetBold(entry.caption, control.IsModifiedFromDefault());
     SetHighlighted(entry.caption, control.IsHighlighted());
   }
