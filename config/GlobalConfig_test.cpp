@@ -14,35 +14,29 @@
 
 namespace {
 
-std::int64_t Number(const GlobalConfig& config, std::u16string_view name) {
+// A field's value as text: a boolean or a number in decimal.
+std::string Shown(const GlobalConfig& config, std::u16string_view name) {
   const NProfileData* field = config.FindField(name);
-  EXPECT_TRUE(field) << NUnicodeString(name).ToUtf8();
-  if (!field) return -1;
+  if (!field) return "(no such field)";
   const NFieldValue value = field->Describe();
-  return value.kind == NFieldValue::Kind::kBoolean ? value.boolean : value.number;
-}
-
-NUnicodeString Text(const GlobalConfig& config, std::u16string_view name) {
-  const NProfileData* field = config.FindField(name);
-  EXPECT_TRUE(field) << NUnicodeString(name).ToUtf8();
-  return field ? field->Describe().text : NUnicodeString();
+  if (value.kind == NFieldValue::Kind::kString) return value.text.ToUtf8();
+  return std::to_string(value.kind == NFieldValue::Kind::kBoolean ? value.boolean : value.number);
 }
 
 // A default of each kind of field; the rest are as declared.
 TEST(GlobalConfigRecord, EachNameIsDeclaredOnceAndDefaultsOfEachKindHold) {
   const GlobalConfig config(3);
-  const std::pair<std::u16string_view, std::int64_t> numbers[] = {{u"Alt Selects Menu", 1},
-                                                                  {u"Show Toolbar", 0},
-                                                                  {u"Connected Color", 0x28C828},
-                                                                  {u"Log Topic Error Text Color", 0xFFFFFFFF},
-                                                                  {u"Max Scrollback Buffer Size", 128000}};
-  for (const auto& [name, expected] : numbers) {
-    EXPECT_EQ(Number(config, name), expected) << NUnicodeString(name).ToUtf8();
-  }
-  const std::pair<std::u16string_view, std::u16string_view> texts[] = {
-      {u"Parrow Tab State V2", u"1,1,0;0"}, {u"Hex View Font", u"Courier New"}, {u"Version", u""}};
-  for (const auto& [name, expected] : texts) {
-    EXPECT_EQ(Text(config, name), expected) << NUnicodeString(name).ToUtf8();
+  const std::pair<std::u16string_view, std::string> defaults[] = {
+      {u"Alt Selects Menu", "1"},
+      {u"Show Toolbar", "0"},
+      {u"Connected Color", std::to_string(0x28C828)},
+      {u"Log Topic Error Text Color", std::to_string(0xFFFFFFFF)},
+      {u"Max Scrollback Buffer Size", "128000"},
+      {u"Parrow Tab State V2", "1,1,0;0"},
+      {u"Hex View Font", "Courier New"},
+      {u"Version", ""}};
+  for (const auto& [name, expected] : defaults) {
+    EXPECT_EQ(Shown(config, name), expected) << NUnicodeString(name).ToUtf8();
   }
   std::set<NUnicodeString> names;
   for (const NProfileData* field : config.Fields()) {
@@ -69,11 +63,6 @@ class GlobalConfigFolderTest : public testing::Test {
     config->Load(key, nullptr);
     return config;
   }
-  // The text stored under the Global key, read afresh from its file.
-  NUnicodeString Stored(std::u16string_view name) {
-    NUnicodeString value;
-    return m_folder.Key("Global")->GetStringValue(name, &value) ? value : NUnicodeString(u"(absent)");
-  }
   NConfigTestFolder m_folder;
 };
 
@@ -96,10 +85,8 @@ TEST_F(GlobalConfigFolderTest, TransferProductsBindAndReadThePrwNames) {
     EXPECT_FALSE(config.FindField(u"Show Toolbar PRW")) << product;
     EXPECT_TRUE(config.FindField(u"Remembered Sessions List V2")) << product;
   }
-  auto key = m_folder.Key("Global");
-  key->SetDwordValue(u"Show Toolbar", 1);
-  key->SetDwordValue(u"Show Toolbar PRW", 0);
-  key->SetDwordValue(u"Show Menu Bar PRW", 0);
+  m_folder.Write("Global", {{u"Show Toolbar", 1}, {u"Show Toolbar PRW", 0}, {u"Show Menu Bar PRW", 0}});
+  const auto key = m_folder.Key("Global");
   const auto terminal = Load(3, *key), vexa = Load(9, *key);
   EXPECT_TRUE(terminal->m_showToolbar.Get());
   EXPECT_FALSE(vexa->m_showToolbar.Get());
@@ -118,8 +105,8 @@ TEST_F(GlobalConfigFolderTest, TabStateMigratesOnlyWhenTheNewNameIsAbsent) {
   EXPECT_EQ(config.m_parrowTabState.Get(), u"0,0,0;1") << "both: the new one wins";
   NReportMessageParams params;
   ASSERT_TRUE(config.Save(*m_folder.Key(""), *key, false, params));
-  EXPECT_EQ(Stored(u"Skeldon Tab State V2"), u"0,1,1;");
-  EXPECT_EQ(Stored(u"Skeldon Tab State"), u"0,1,1") << "the predecessor is left as it was";
+  EXPECT_EQ(m_folder.String("Global", u"Skeldon Tab State V2"), u"0,1,1;");
+  EXPECT_EQ(m_folder.String("Global", u"Skeldon Tab State"), u"0,1,1") << "the predecessor is left as it was";
   // The conversion keeps the tail of the default.
   EXPECT_EQ(GlobalConfig::ConvertTabState(u"1,0,1", u"1,1,0;0"), u"1,0,1;0");
   EXPECT_EQ(GlobalConfig::ConvertTabState(u"1,0,1", u"1,1,0;"), u"1,0,1;");
@@ -170,7 +157,7 @@ TEST_F(GlobalConfigFolderTest, SaveAndReloadRoundTripWithQuickSync) {
   EXPECT_EQ(reloaded->m_minTabWidth.Get(), 77);
   EXPECT_EQ(reloaded->m_hexViewFont.Get(), u"Mono");
   EXPECT_EQ(reloaded->m_quickSync.m_remoteFolder.Get(), u"/srv");
-  EXPECT_EQ(Stored(u"Version"), GlobalConfig::kFormatIdentifiers[0]) << "a save stamps the format";
+  EXPECT_EQ(m_folder.String("Global", u"Version"), GlobalConfig::kFormatIdentifiers[0]) << "a save stamps the format";
 }
 
 TEST_F(GlobalConfigFolderTest, OneRecordMadeForTheFirstProductAskedOrTheApplications) {
@@ -223,10 +210,8 @@ TEST_F(GlobalConfigFolderTest, MergeKeepsThePassphraseAndTheStateFlag) {
   GlobalConfig* config = Get();
   config->m_configPassphrase = NEncryptedString::FromStored(NUnicodeString(u"mine"));
   config->SetStateFlag(3);
-  auto other = m_folder.Key("Other");
-  other->SetStringValue(u"Config Passphrase", u"theirs");
-  other->SetDwordValue(u"Min Tab Width", 99);
-  MergeGlobalConfig(*other);
+  m_folder.Write("Other", {{u"Config Passphrase", u"theirs"}, {u"Min Tab Width", 99}});
+  MergeGlobalConfig(*m_folder.Key("Other"));
   EXPECT_EQ(config->m_minTabWidth.Get(), 99);
   EXPECT_EQ(config->m_configPassphrase.Get().Stored(), u"mine");
   EXPECT_EQ(config->StateFlag(), 3);

@@ -3,8 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <initializer_list>
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
+#include <variant>
 #include <vector>
 
 #include "store/NIniFileStore.h"
@@ -39,6 +43,35 @@ class NConfigTestFolder {
     std::unique_ptr<NProfileKey> root = m_stores.back()->OpenRootKey(false, params);
     if (!root || name.empty()) return root;
     return root->OpenSubKey(NUnicodeString::FromUtf8(name), params);
+  }
+
+  using Value = std::variant<std::int64_t, std::u16string_view, NStringArray>;
+  using Values = std::initializer_list<std::pair<std::u16string_view, Value>>;
+  // Writes `values` to key `name`, each as its kind (DWORD, string, list),
+  // and saves the key.
+  void Write(const std::string& name, Values values) {
+    const std::unique_ptr<NProfileKey> key = Key(name);
+    ASSERT_TRUE(key) << name;
+    for (const auto& [value, data] : values) {
+      if (data.index() == 0) key->SetDwordValue(value, static_cast<std::uint32_t>(std::get<0>(data)));
+      if (data.index() == 1) key->SetStringValue(value, std::get<1>(data));
+      if (data.index() == 2) key->SetMultiStringValue(value, std::get<2>(data));
+    }
+    ASSERT_TRUE(key->Flush()) << name;
+  }
+
+  // A value of key `name` as its file holds it: the text or "(absent)", the
+  // number or nothing.
+  NUnicodeString String(const std::string& name, std::u16string_view value) {
+    NUnicodeString text;
+    const std::unique_ptr<NProfileKey> key = Key(name);
+    return key && key->GetStringValue(value, &text) ? text : NUnicodeString(u"(absent)");
+  }
+  std::optional<std::uint32_t> Dword(const std::string& name, std::u16string_view value) {
+    std::uint32_t number = 0;
+    const std::unique_ptr<NProfileKey> key = Key(name);
+    if (!key || !key->GetDwordValue(value, &number)) return std::nullopt;
+    return number;
   }
 
  private:

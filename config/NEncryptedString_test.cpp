@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <sstream>
+#include <variant>
 
 #include "config/NConfigTestFolder.h"
 #include "config/NProfile.h"
@@ -11,9 +10,12 @@
 #include "location/NRegistryBase.h"
 #include "platform/NPlatform.h"
 #include "platform/testing/NScopedEnvironment.h"
+#include "platform/testing/NTestFiles.h"
 #include "store/NIniRegistry.h"
 
 namespace {
+
+using Text = std::variant<std::u16string, std::uint32_t>;
 
 struct SecretRecord final : NProfileRecord {
   NProfileEncrypted password{this, u"Password V2"};
@@ -40,13 +42,17 @@ class NEncryptedStringTest : public testing::Test {
     return record.WriteFields(*key, false) && key->Flush(params);
   }
   void Load(SecretRecord& record) { record.ReadFields(*m_folder.Key("Sessions")); }
-  std::string File() {
-    std::ifstream in(m_folder.Root() / "Sessions.ini", std::ios::binary);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
+  std::string File() { return NReadFileBytes(m_folder.Root() / "Sessions.ini"); }
+  // The password `record` holds, in clear; the failure's code otherwise,
+  // with the text left as it was.
+  Text Plain(const SecretRecord& record) {
+    NUnicodeString plain = u"untouched";
+    NReportMessageParams params;
+    const NUnicodeString place = NSecretPlace(m_folder.Key("Sessions")->GetPath(), u"Password V2");
+    if (record.password.Get().Plain(place, &plain, params)) return std::u16string(plain);
+    EXPECT_EQ(plain, u"untouched") << "a failure changed the text";
+    return params.GetCode();
   }
-  NUnicodeString Place() { return NSecretPlace(m_folder.Key("Sessions")->GetPath(), u"Password V2"); }
 
   NConfigTestFolder m_folder;
 };
@@ -66,10 +72,7 @@ TEST_F(NEncryptedStringTest, ATypedPasswordIsSavedSealedAndNeverInClear) {
   SecretRecord loaded;
   Load(loaded);
   EXPECT_FALSE(loaded.IsModified());
-  NUnicodeString plain;
-  NReportMessageParams params;
-  ASSERT_TRUE(loaded.password.Get().Plain(Place(), &plain, params)) << params.GetText().ToUtf8();
-  EXPECT_EQ(plain, wide);
+  EXPECT_EQ(Plain(loaded), Text(wide));
 }
 
 TEST_F(NEncryptedStringTest, WithoutAKeyATypedPasswordIsNotSavedAndASealedOneNotRead) {
@@ -81,32 +84,20 @@ TEST_F(NEncryptedStringTest, WithoutAKeyATypedPasswordIsNotSavedAndASealedOneNot
 
   SecretRecord loaded;
   Load(loaded);
-  NUnicodeString plain = u"untouched";
-  NReportMessageParams params;
-  EXPECT_FALSE(loaded.password.Get().Plain(Place(), &plain, params));
-  EXPECT_EQ(params.GetCode(), kMsgNoSecretKey);
-  EXPECT_EQ(plain, u"untouched");
+  EXPECT_EQ(Plain(loaded), Text(kMsgNoSecretKey));
 
   const std::string before = File();
   loaded.password = NEncryptedString::FromPlain(u"new one");
   EXPECT_FALSE(Save(loaded)) << "a password was saved without a key";
-  EXPECT_EQ(File().find("new one"), std::string::npos);
   EXPECT_EQ(File(), before) << "a refused save changed the file";
 }
 
 TEST_F(NEncryptedStringTest, AnOldClearValueIsReadAsItStandsAndSealedAtTheNextSaveOnlyWithAKey) {
-  {
-    auto key = m_folder.Key("Sessions");
-    NReportMessageParams params;
-    ASSERT_TRUE(key->SetStringValue(u"Password V2", u"old clear text") && key->Flush(params));
-  }
+  m_folder.Write("Sessions", {{u"Password V2", u"old clear text"}});
   SecretRecord withoutKey;
   Load(withoutKey);
   EXPECT_FALSE(withoutKey.IsModified()) << "without a key there is nothing to seal it with";
-  NUnicodeString plain;
-  NReportMessageParams params;
-  ASSERT_TRUE(withoutKey.password.Get().Plain(Place(), &plain, params));
-  EXPECT_EQ(plain, u"old clear text");
+  EXPECT_EQ(Plain(withoutKey), Text(u"old clear text"));
 
   UseKeyFile();
   SecretRecord record;
@@ -116,8 +107,7 @@ TEST_F(NEncryptedStringTest, AnOldClearValueIsReadAsItStandsAndSealedAtTheNextSa
   EXPECT_EQ(File().find("old clear text"), std::string::npos);
   SecretRecord reloaded;
   Load(reloaded);
-  ASSERT_TRUE(reloaded.password.Get().Plain(Place(), &plain, params)) << params.GetText().ToUtf8();
-  EXPECT_EQ(plain, u"old clear text");
+  EXPECT_EQ(Plain(reloaded), Text(u"old clear text"));
 
   // An emptied password stays empty, sealed or not.
   reloaded.password = NEncryptedString::FromPlain(u"");

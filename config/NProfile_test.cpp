@@ -85,12 +85,10 @@ TEST_F(NProfileTest, OnlyChangedOrTouchedValuesAreWrittenUnlessAllAreAskedFor) {
     ASSERT_TRUE(key->Flush());
     EXPECT_FALSE(record.IsModified()) << "a written value becomes the loaded one";
   }
+  EXPECT_EQ(m_folder.Dword("Sample", u"Count"), 8u);
+  EXPECT_EQ(m_folder.String("Sample", u"Text"), u"(absent)") << "unchanged fields stay unwritten without the flag";
   auto key = m_folder.Key("Sample");
-  std::uint32_t dword = 0;
-  EXPECT_TRUE(key->GetDwordValue(u"Count", &dword));
-  EXPECT_EQ(dword, 8u);
   NUnicodeString text;
-  EXPECT_FALSE(key->GetStringValue(u"Text", &text)) << "unchanged fields stay unwritten without the flag";
   NSampleRecord touched;
   touched.m_text.Touch();
   EXPECT_TRUE(touched.IsModified());
@@ -100,9 +98,9 @@ TEST_F(NProfileTest, OnlyChangedOrTouchedValuesAreWrittenUnlessAllAreAskedFor) {
   ASSERT_TRUE(key->DeleteValue(u"Text"));
   NSampleRecord all;
   ASSERT_TRUE(all.WriteFields(*key, true));
-  EXPECT_TRUE(key->GetStringValue(u"Text", &text));
-  EXPECT_EQ(text, u"default");
-  EXPECT_FALSE(key->GetDwordValue(u"Choice", &dword)) << "the third state writes nothing";
+  ASSERT_TRUE(key->Flush());
+  EXPECT_EQ(m_folder.String("Sample", u"Text"), u"default");
+  EXPECT_EQ(m_folder.Dword("Sample", u"Choice"), std::nullopt) << "the third state writes nothing";
 }
 
 TEST_F(NProfileTest, EveryKindRoundTripsThroughAFolder) {
@@ -143,13 +141,10 @@ TEST_F(NProfileTest, EscapedStringsCarryLineBreaksThroughAKeyFile) {
   auto key = m_folder.Key("Sample");
   ASSERT_TRUE(record.WriteFields(*key, false));
   ASSERT_TRUE(key->Flush());
-  NUnicodeString stored;
-  auto reread = m_folder.Key("Sample");
-  ASSERT_TRUE(reread->GetStringValue(u"Command", &stored));
-  EXPECT_EQ(stored, u"rz\\r\\nC:\\\\x\\\\");
+  EXPECT_EQ(m_folder.String("Sample", u"Command"), u"rz\\r\\nC:\\\\x\\\\");
   NProfileRecord loaded;
   NProfileEscapedString back(&loaded, u"Command");
-  ASSERT_TRUE(loaded.ReadFields(*reread));
+  ASSERT_TRUE(loaded.ReadFields(*m_folder.Key("Sample")));
   EXPECT_EQ(back.Get(), command.Get());
 }
 

@@ -2,10 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <thread>
 #include <variant>
-
-#include <map>
 
 #include "config/NConfigTestFolder.h"
 #include "platform/NPlatform.h"
@@ -139,11 +138,14 @@ class FakeSystemStore final : public NSystemKeyStore {
   bool m_answers;
 };
 
+using Text = std::variant<std::u16string, std::uint32_t>;
+
 // A configuration folder with the library's store on it, and keyrings on it
 // as separate processes would have them.
 class NSecretFolderTest : public testing::Test {
  protected:
   enum class System { kNone, kSilent, kAnswering };
+  static constexpr std::u16string_view kName = u"Password V2";
 
   std::unique_ptr<NSecretKeyring> Keyring(System system = System::kNone) {
     std::unique_ptr<NSystemKeyStore> store;
@@ -154,44 +156,38 @@ class NSecretFolderTest : public testing::Test {
   NUnicodeString KeyFolder() const { return NUnicodeString::FromUtf8(m_folder.Root().string() + "-keys"); }
   ~NSecretFolderTest() override { std::filesystem::remove_all(m_folder.Root().string() + "-keys"); }
 
-  // Seals `plain` as `name` of `keyName` with the keyring's key.
-  void Seal(NSecretKeyring& keyring, const std::string& keyName, const std::u16string& name, const std::u16string& plain) {
+  // Seals `plain` as the password of `keyName` with the keyring's key.
+  void Seal(NSecretKeyring& keyring, const std::string& keyName, const std::u16string& plain) {
     auto key = m_folder.Key(keyName);
     NSecretKey secret;
     NUnicodeString stored;
     NReportMessageParams params;
     ASSERT_TRUE(keyring.Key(nullptr, &secret, params)) << params.GetText().ToUtf8();
-    ASSERT_TRUE(NSealSecret(secret, NSecretPlace(key->GetPath(), name), plain, &stored, params));
-    ASSERT_TRUE(key->SetStringValue(name, stored) && key->Flush(params));
+    ASSERT_TRUE(NSealSecret(secret, NSecretPlace(key->GetPath(), kName), plain, &stored, params));
+    ASSERT_TRUE(key->SetStringValue(kName, stored) && key->Flush(params));
   }
-  // The plain text of `name` of `keyName` as the keyring opens it; the
-  // failure's code otherwise.
-  std::variant<std::u16string, std::uint32_t> Open(NSecretKeyring& keyring, const std::string& keyName,
-                                                   const std::u16string& name) {
+  // The password of `keyName` as the keyring opens it; the failure's code
+  // otherwise.
+  Text Open(NSecretKeyring& keyring, const std::string& keyName) {
     auto key = m_folder.Key(keyName);
     NUnicodeString stored, plain;
     NSecretKey secret;
     NReportMessageParams params;
-    if (!key->GetStringValue(name, &stored)) return 0u;
+    if (!key->GetStringValue(kName, &stored)) return 0u;
     const auto id = NSealedSecretKeyId(stored);
     if (!id || !keyring.Key(&*id, &secret, params) ||
-        !NOpenSecret(secret, NSecretPlace(key->GetPath(), name), stored, &plain, params)) {
+        !NOpenSecret(secret, NSecretPlace(key->GetPath(), kName), stored, &plain, params)) {
       return params.GetCode();
     }
     return std::u16string(plain);
   }
-  std::optional<NSecretKeyId> IdOf(const std::string& keyName, const std::u16string& name) {
-    NUnicodeString stored;
-    m_folder.Key(keyName)->GetStringValue(name, &stored);
-    return NSealedSecretKeyId(stored);
-  }
+  std::optional<NSecretKeyId> IdOf(const std::string& key) { return NSealedSecretKeyId(m_folder.String(key, kName)); }
+  static NUnicodeString PasswordOf(const std::string& keyName) { return u"pw of " + NUnicodeString::FromUtf8(keyName); }
 
   NConfigTestFolder m_folder;
   std::map<std::string, NAes256Key> m_systemKeys;
   const std::vector<std::string> m_keys = {"Global", "Sessions\\a", "Sessions\\Lab\\b", "Sessions\\Lab\\c"};
 };
-
-using Text = std::variant<std::u16string, std::uint32_t>;
 
 TEST_F(NSecretFolderTest, TheKeyIsTheSystemKeyringsWhenOneAnswersElseAnOwnerOnlyFilesOutsideTheFolder) {
   struct Case {
@@ -221,9 +217,9 @@ TEST_F(NSecretFolderTest, TheKeyIsTheSystemKeyringsWhenOneAnswersElseAnOwnerOnly
 }
 
 TEST_F(NSecretFolderTest, AKeyringThatAnswersLaterTakesOverTheKeyFilesKey) {
-  Seal(*Keyring(System::kSilent), "Sessions\\a", u"Password V2", u"pw");
+  Seal(*Keyring(System::kSilent), "Sessions\\a", u"pw");
   auto keyring = Keyring(System::kAnswering);
-  EXPECT_EQ(Open(*keyring, "Sessions\\a", u"Password V2"), Text(u"pw"));
+  EXPECT_EQ(Open(*keyring, "Sessions\\a"), Text(u"pw"));
   EXPECT_EQ(keyring->Protection(), NSecretProtection::kSystemKeyring);
   EXPECT_FALSE(std::filesystem::exists(keyring->KeyFilePath().ToUtf8())) << "the key stayed in its file as well";
 }
@@ -231,38 +227,34 @@ TEST_F(NSecretFolderTest, AKeyringThatAnswersLaterTakesOverTheKeyFilesKey) {
 TEST_F(NSecretFolderTest, APassphraseProtectsEveryValueAndIsNeededToReadThem) {
   {
     auto keyring = Keyring();
-    for (const std::string& key : m_keys) Seal(*keyring, key, u"Password V2", u"pw of " + NUnicodeString::FromUtf8(key));
+    for (const std::string& key : m_keys) Seal(*keyring, key, PasswordOf(key));
     NReportMessageParams params;
     ASSERT_TRUE(keyring->ChangePassphrase(u"s3cret", kFastIterations, {}, params)) << params.GetText().ToUtf8();
     EXPECT_EQ(keyring->Protection(), NSecretProtection::kPassphrase);
   }
-  NUnicodeString verifier;
-  ASSERT_TRUE(m_folder.Key("Global")->GetStringValue(u"Config Passphrase", &verifier));
-  EXPECT_TRUE(NSecretKeyring::IsVerifier(verifier));
+  EXPECT_TRUE(NSecretKeyring::IsVerifier(m_folder.String("Global", u"Config Passphrase")));
 
   // A process that was not given the passphrase, then one given the wrong one.
   auto locked = Keyring();
-  EXPECT_EQ(Open(*locked, "Sessions\\a", u"Password V2"), Text(kMsgPassphraseNeeded));
+  EXPECT_EQ(Open(*locked, "Sessions\\a"), Text(kMsgPassphraseNeeded));
   NReportMessageParams params;
   EXPECT_FALSE(locked->Unlock(u"S3cret", params));
   EXPECT_EQ(params.GetCode(), kMsgWrongPassphrase);
-  EXPECT_EQ(Open(*locked, "Sessions\\a", u"Password V2"), Text(kMsgPassphraseNeeded));
+  EXPECT_EQ(Open(*locked, "Sessions\\a"), Text(kMsgPassphraseNeeded));
 
   auto unlocked = Keyring();
   ASSERT_TRUE(unlocked->Unlock(u"s3cret", params));
   NSecretKey passphraseKey;
   ASSERT_TRUE(unlocked->Key(nullptr, &passphraseKey, params));
   for (const std::string& key : m_keys) {
-    EXPECT_EQ(Open(*unlocked, key, u"Password V2"), Text(u"pw of " + NUnicodeString::FromUtf8(key))) << key;
-    EXPECT_EQ(IdOf(key, u"Password V2"), passphraseKey.id) << key << " still opens with the old key";
+    EXPECT_EQ(Open(*unlocked, key), Text(PasswordOf(key))) << key;
+    EXPECT_EQ(IdOf(key), passphraseKey.id) << key << " still opens with the old key";
   }
 
   // Removed: the values go back to a key of the user's, no passphrase asked.
   ASSERT_TRUE(unlocked->ChangePassphrase(u"", kFastIterations, {}, params)) << params.GetText().ToUtf8();
   auto plain = Keyring();
-  for (const std::string& key : m_keys) {
-    EXPECT_EQ(Open(*plain, key, u"Password V2"), Text(u"pw of " + NUnicodeString::FromUtf8(key))) << key;
-  }
+  for (const std::string& key : m_keys) EXPECT_EQ(Open(*plain, key), Text(PasswordOf(key))) << key;
   EXPECT_FALSE(plain->HasPassphrase(params));
 }
 
@@ -270,7 +262,7 @@ TEST_F(NSecretFolderTest, AnInterruptedChangeLeavesEveryValueReadableAndTheNextR
   NSecretKey oldKey;
   {
     auto keyring = Keyring();
-    for (const std::string& key : m_keys) Seal(*keyring, key, u"Password V2", u"pw");
+    for (const std::string& key : m_keys) Seal(*keyring, key, u"pw");
     NReportMessageParams params;
     ASSERT_TRUE(keyring->Key(nullptr, &oldKey, params));
     // The process dies after the second key.
@@ -283,16 +275,14 @@ TEST_F(NSecretFolderTest, AnInterruptedChangeLeavesEveryValueReadableAndTheNextR
                      params),
                  Killed);
     // Before the next run, this process still reads every value.
-    for (const std::string& key : m_keys) EXPECT_EQ(Open(*keyring, key, u"Password V2"), Text(u"pw")) << key;
+    for (const std::string& key : m_keys) EXPECT_EQ(Open(*keyring, key), Text(u"pw")) << key;
   }
   NReportMessageParams params;
-  NUnicodeString verifier;
-  ASSERT_TRUE(m_folder.Key("Global")->GetStringValue(u"Config Passphrase", &verifier));
   NSecretKey newKey;
-  ASSERT_TRUE(NSecretKeyring::OpenVerifier(u"new", verifier, &newKey, params));
+  ASSERT_TRUE(NSecretKeyring::OpenVerifier(u"new", m_folder.String("Global", u"Config Passphrase"), &newKey, params));
   std::size_t sealedWithOld = 0;
   for (const std::string& key : m_keys) {
-    const auto id = IdOf(key, u"Password V2");
+    const auto id = IdOf(key);
     ASSERT_TRUE(id == oldKey.id || id == newKey.id) << key << " is sealed with neither key";
     sealedWithOld += id == oldKey.id;
   }
@@ -304,11 +294,10 @@ TEST_F(NSecretFolderTest, AnInterruptedChangeLeavesEveryValueReadableAndTheNextR
   EXPECT_FALSE(next->IsChangePending(params));
   EXPECT_FALSE(Keyring()->IsChangePending(params)) << "the folder still says a change is under way";
   for (const std::string& key : m_keys) {
-    EXPECT_EQ(IdOf(key, u"Password V2"), newKey.id) << key;
-    EXPECT_EQ(Open(*next, key, u"Password V2"), Text(u"pw")) << key;
+    EXPECT_EQ(IdOf(key), newKey.id) << key;
+    EXPECT_EQ(Open(*next, key), Text(u"pw")) << key;
   }
-  NUnicodeString previous;
-  EXPECT_FALSE(m_folder.Key("Global")->GetStringValue(u"Config Passphrase Previous Key", &previous));
+  EXPECT_EQ(m_folder.String("Global", u"Config Passphrase Previous Key"), u"(absent)");
 }
 
 }  // namespace

@@ -12,18 +12,14 @@ namespace {
 
 class NSessionTest : public testing::Test {
  protected:
-  // Writes a session key holding `values` (DWORDs), and "Is Session".
-  void MakeSession(const std::string& path, std::initializer_list<std::pair<std::u16string_view, std::uint32_t>> values) {
-    auto key = m_folder.Key("Sessions\\" + path);
-    key->SetDwordValue(u"Is Session", 1);
-    for (const auto& [name, value] : values) key->SetDwordValue(name, value);
-    ASSERT_TRUE(key->Flush());
+  // Writes a session key holding `values`, and "Is Session".
+  void MakeSession(const std::string& path, NConfigTestFolder::Values values) {
+    m_folder.Write("Sessions\\" + path, {{u"Is Session", 1}});
+    m_folder.Write("Sessions\\" + path, values);
   }
 
-  std::uint32_t Dword(const std::string& path, std::u16string_view name) {
-    std::uint32_t value = 0xDEAD;
-    m_folder.Key("Sessions\\" + path)->GetDwordValue(name, &value);
-    return value;
+  std::optional<std::uint32_t> Dword(const std::string& path, std::u16string_view name) {
+    return m_folder.Dword("Sessions\\" + path, name);
   }
 
   NUnknownPointer<ISessionConfig> Open(std::u16string_view path, bool readOnly = false) {
@@ -35,14 +31,10 @@ class NSessionTest : public testing::Test {
 };
 
 TEST_F(NSessionTest, NewSessionsStartFromDefaultButKeepTheirOwnConnection) {
-  MakeSession("Default", {{u"Rows", 40}});
-  {
-    auto key = m_folder.Key("Sessions\\Default");
-    key->SetStringValue(u"Hostname", u"template.example");
-    key->SetStringValue(u"Emulation", u"VT220");
-    key->SetStringValue(u"Password V2", u"template password");
-    ASSERT_TRUE(key->Flush());
-  }
+  MakeSession("Default", {{u"Rows", 40},
+                          {u"Hostname", u"template.example"},
+                          {u"Emulation", u"VT220"},
+                          {u"Password V2", u"template password"}});
   auto session = NUnknownPointer<ISessionConfig>::Adopt(NCreateSession(u"Lab\\new", m_params));
   ASSERT_TRUE(session) << m_params.GetText().ToUtf8();
   EXPECT_EQ(session->Config().m_terminal.m_rows.Get(), 40);

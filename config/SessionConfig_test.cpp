@@ -3,35 +3,20 @@
 #include <gtest/gtest.h>
 
 #include <set>
-#include <variant>
 
 #include "config/NConfigTestFolder.h"
 
 namespace {
-
-using NStoredValue = std::variant<std::int64_t, std::u16string_view, NStringArray>;
 
 class SessionConfigTest : public testing::Test {
  protected:
   // The key of session `name`, read afresh.
   std::unique_ptr<NProfileKey> Session(const std::string& name = "s") { return m_folder.Key("Sessions\\" + name); }
 
-  // Writes each value to `session` as its kind (DWORD, string, list).
-  void Store(const std::string& session, std::initializer_list<std::pair<std::u16string_view, NStoredValue>> values) {
-    auto key = Session(session);
-    for (const auto& [name, value] : values) {
-      if (value.index() == 0) key->SetDwordValue(name, static_cast<std::uint32_t>(std::get<0>(value)));
-      if (value.index() == 1) key->SetStringValue(name, std::get<1>(value));
-      if (value.index() == 2) key->SetMultiStringValue(name, std::get<2>(value));
-    }
-    ASSERT_TRUE(key->Flush());
-  }
+  void Store(const std::string& name, NConfigTestFolder::Values values) { m_folder.Write("Sessions\\" + name, values); }
 
   // A string value of session "s" as its file holds it, or "(absent)".
-  NUnicodeString Stored(std::u16string_view name) {
-    NUnicodeString text;
-    return Session()->GetStringValue(name, &text) ? text : NUnicodeString(u"(absent)");
-  }
+  NUnicodeString Stored(std::u16string_view name) { return m_folder.String("Sessions\\s", name); }
 
   std::unique_ptr<SessionConfig> Loaded(const std::string& name = "s") {
     auto config = std::make_unique<SessionConfig>();
@@ -98,9 +83,7 @@ TEST_F(SessionConfigTest, NewerLoginScriptFormWinsAndV3IsLeftAlone) {
   script = Loaded("both")->LoginScript();
   ASSERT_EQ(script.Pairs().size(), 1u);
   EXPECT_TRUE(script.Pairs()[0].hide);
-  NUnicodeString untouched;
-  EXPECT_TRUE(Session("both")->GetStringValue(u"Login Script", &untouched));
-  EXPECT_EQ(untouched, u"old\tone") << "nothing to convert when V3 is there";
+  EXPECT_EQ(m_folder.String("Sessions\\both", u"Login Script"), u"old\tone") << "nothing to convert when V3 is there";
 }
 
 TEST_F(SessionConfigTest, OlderNamesCarryForwardOnlyWhenTheNewestIsAbsent) {
@@ -120,9 +103,7 @@ TEST_F(SessionConfigTest, OlderNamesCarryForwardOnlyWhenTheNewestIsAbsent) {
   NReportMessageParams params;
   ASSERT_TRUE(config->Save(*Session(), false, params)) << params.GetText().ToUtf8();
   EXPECT_EQ(Stored(u"Monitor Password V2"), u"old-secret") << "converted values reach their new name";
-  std::uint32_t switching = 1;
-  EXPECT_TRUE(Session()->GetDwordValue(u"Enable 80-132 Column Switching", &switching));
-  EXPECT_EQ(switching, 0u);
+  EXPECT_EQ(m_folder.Dword("Sessions\\s", u"Enable 80-132 Column Switching"), 0u);
 }
 
 TEST_F(SessionConfigTest, ANewestNameHeldAsAnotherKindStillBlocksTheOlderOnes) {

@@ -3,11 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 
 #include "config/NConfigEntry.h"
 #include "config/NConfigTestFolder.h"
+#include "platform/testing/NTestFiles.h"
 #include "uicore/NHeadlessDialogBackend.h"
 
 namespace {
@@ -21,18 +20,7 @@ class DemoOptionsDialogTest : public testing::Test {
   }
   ~DemoOptionsDialogTest() override { FreeGlobalConfig(); }
 
-  std::string GlobalFile() const {
-    std::ifstream in(m_folder.Root() / "global.ini", std::ios::binary);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
-  }
-
-  std::optional<std::uint32_t> StoredDword(std::u16string_view name) {
-    std::uint32_t value = 0;
-    if (!m_folder.Key("Global")->GetDwordValue(name, &value)) return std::nullopt;
-    return value;
-  }
+  std::string GlobalFile() const { return NReadFileBytes(m_folder.Root() / "global.ini"); }
 
   // Runs the dialog with `script`; its result.
   std::intptr_t Run(NHeadlessDialogBackend::Script script, const NPolicy& policy = {}) {
@@ -69,10 +57,10 @@ TEST_F(DemoOptionsDialogTest, OkWritesTheChangedSettingsAndOnlyThoseToTheKeyFile
     EXPECT_TRUE(dialog.PressOk());
   });
   EXPECT_EQ(result, IModalDialog::kOk);
-  EXPECT_EQ(StoredDword(u"Show Session Tabs"), 0u);
-  EXPECT_EQ(StoredDword(u"Session Filter Delay"), 250u);
-  EXPECT_EQ(StoredDword(u"Min Tab Width"), std::nullopt);
-  EXPECT_EQ(StoredDword(u"Show Toolbar"), std::nullopt) << "an untouched setting was written";
+  EXPECT_EQ(m_folder.Dword("Global", u"Show Session Tabs"), 0u);
+  EXPECT_EQ(m_folder.Dword("Global", u"Session Filter Delay"), 250u);
+  EXPECT_EQ(m_folder.Dword("Global", u"Min Tab Width"), std::nullopt);
+  EXPECT_EQ(m_folder.Dword("Global", u"Show Toolbar"), std::nullopt) << "an untouched setting was written";
 }
 
 TEST_F(DemoOptionsDialogTest, CancelChangesNeitherTheRecordNorTheFile) {

@@ -3,28 +3,23 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <random>
 #include <string>
 
 #include "platform/testing/NSymbolicLink.h"
-#include "platform/testing/NTestFiles.h"
+#include "platform/testing/NTestFolder.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-class NKeymapFileCheckTest : public testing::Test {
+class NKeymapFileCheckTest : public NTestFolderTest {
  protected:
   void SetUp() override {
-    // One folder per test and run: tests of several build trees run at once.
-    m_dir = fs::path(testing::TempDir()) /
-            ("cfgdeck_keymap_check_" + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()) +
-             "_" + std::to_string(std::random_device()()));
-    NWriteFileBytes(m_dir / "config" / "Keymaps" / "custom.key", "VK_F1 MENU_CONNECT\n");
-    fs::create_directories(m_dir / "config" / "folder.key");
-    m_roots.config = (m_dir / "config").u16string();
+    NTestFolderTest::SetUp();
+    WriteText("config/Keymaps/custom.key", "VK_F1 MENU_CONNECT\n");
+    fs::create_directories(Native("config/folder.key"));
+    m_roots.config = Path("config");
   }
-  void TearDown() override { fs::remove_all(m_dir); }
 
   // The message code, or 0 when accepted; the message's text in `text`.
   std::uint32_t Check(const std::u16string& name, bool custom = true, std::string* text = nullptr) {
@@ -35,7 +30,6 @@ class NKeymapFileCheckTest : public testing::Test {
     return params.GetCode();
   }
 
-  fs::path m_dir;
   NPathTokenRoots m_roots;
 };
 
@@ -45,16 +39,16 @@ TEST_F(NKeymapFileCheckTest, OnlyACustomKeymapIsCheckedAndEmptyOrMissingNamesAre
   std::string text;
   EXPECT_EQ(Check(u"", true, &text), 0xE1380010u);
   EXPECT_EQ(text, "Custom keymap filename cannot be empty.\r\n");
-  EXPECT_EQ(Check((m_dir / "config" / "Keymaps" / "gone.key").u16string(), true, &text), 0xE1380011u);
+  EXPECT_EQ(Check(Path("config/Keymaps/gone.key"), true, &text), 0xE1380011u);
   EXPECT_EQ(text, "Keymap filename not found.\r\n");
 }
 
 TEST_F(NKeymapFileCheckTest, NamesResolveAbsoluteByTokenAndUnderTheConfigurationFolder) {
-  EXPECT_EQ(Check((m_dir / "config" / "Keymaps" / "custom.key").u16string()), 0u);
+  EXPECT_EQ(Check(Path("config/Keymaps/custom.key")), 0u);
   EXPECT_EQ(Check(u"${NSW_CONFIG_PATH}\\Keymaps\\custom.key"), 0u);
   EXPECT_EQ(Check((fs::path("Keymaps") / "custom.key").u16string()), 0u);
   // A folder is no keymap file.
-  EXPECT_EQ(Check((m_dir / "config" / "folder.key").u16string()), kMsgKeymapFileNotFound);
+  EXPECT_EQ(Check(Path("config/folder.key")), kMsgKeymapFileNotFound);
   EXPECT_EQ(Check(u"folder.key"), kMsgKeymapFileNotFound);
   // Without a known configuration folder a token is not expanded.
   m_roots.config.clear();
@@ -62,12 +56,12 @@ TEST_F(NKeymapFileCheckTest, NamesResolveAbsoluteByTokenAndUnderTheConfiguration
 }
 
 TEST_F(NKeymapFileCheckTest, LinkToAFileIsAccepted) {
-  const fs::path link = m_dir / "config" / "linked.key";
-  if (!NMakeSymbolicLink(m_dir / "config" / "Keymaps" / "custom.key", link, false)) {
+  const fs::path link = Native("config/linked.key");
+  if (!NMakeSymbolicLink(Native("config/Keymaps/custom.key"), link, false)) {
     GTEST_SKIP() << "this system or account cannot make symbolic links";
   }
   EXPECT_EQ(Check(link.u16string()), 0u);
-  fs::remove(m_dir / "config" / "Keymaps" / "custom.key");
+  fs::remove(Native("config/Keymaps/custom.key"));
   EXPECT_EQ(Check(link.u16string()), kMsgKeymapFileNotFound) << "a dangling link";
 }
 

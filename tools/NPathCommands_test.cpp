@@ -8,7 +8,7 @@
 
 #include "location/NRegistryBase.h"
 #include "platform/testing/NScopedEnvironment.h"
-#include "platform/testing/NTestFiles.h"
+#include "platform/testing/NTestFolder.h"
 #include "uicore/NAppName.h"
 
 namespace {
@@ -16,14 +16,11 @@ namespace {
 namespace fs = std::filesystem;
 constexpr std::string_view kBom = "\xEF\xBB\xBF";
 
-class NPathCommandsTest : public testing::Test {
+class NPathCommandsTest : public NTestFolderTest {
  protected:
   void SetUp() override {
-    m_dir = fs::path(testing::TempDir()) /
-            ("cfgdeck_path_" + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
-    fs::remove_all(m_dir);
-    fs::create_directories(m_dir);
-    m_registryDir.emplace("CFGDECK_REGISTRY_DIR", (m_dir / "registry").u16string());
+    NTestFolderTest::SetUp();
+    m_registryDir.emplace("CFGDECK_REGISTRY_DIR", (m_folder / "registry").u16string());
     NResetRegistryBase();
     NSetAppName(u"Skeldon");
   }
@@ -31,7 +28,7 @@ class NPathCommandsTest : public testing::Test {
     NSetAppName(u"");
     NResetRegistryBase();
     m_registryDir.reset();
-    fs::remove_all(m_dir);
+    NTestFolderTest::TearDown();
   }
 
   // Runs "cfgdeck ARGS" with only the path commands; -1 for a parse error.
@@ -55,21 +52,20 @@ class NPathCommandsTest : public testing::Test {
     return commands.Run();
   }
 
-  fs::path m_dir;
   std::optional<NScopedEnvironment> m_registryDir;
   std::string out, err;
 };
 
 TEST_F(NPathCommandsTest, UnderExeAndCommandLinePrintTheFolderOrWhyNot) {
-  NWriteFileBytes(m_dir / "app/Config/global.ini", "");
-  EXPECT_EQ(Run({"path", "under-exe", (m_dir / "app").string()}), 0);
-  EXPECT_EQ(out, (m_dir / "app" / "Config").string() + "\n");
-  EXPECT_EQ(Run({"path", "under-exe", m_dir.string()}), 1);
+  NWriteFileBytes(m_folder / "app/Config/global.ini", "");
+  EXPECT_EQ(Run({"path", "under-exe", (m_folder / "app").string()}), 0);
+  EXPECT_EQ(out, (m_folder / "app" / "Config").string() + "\n");
+  EXPECT_EQ(Run({"path", "under-exe", m_folder.string()}), 1);
   EXPECT_EQ(out, "");
   EXPECT_NE(err.find("global.ini"), std::string::npos) << err;
-  EXPECT_EQ(Run({"path", "command-line", (m_dir / "app/Config/").string()}), 0);
-  EXPECT_EQ(out, fs::canonical(m_dir / "app/Config").string() + "\n");
-  const std::string missing = (m_dir / "k\xc3\xb6nig").string();
+  EXPECT_EQ(Run({"path", "command-line", (m_folder / "app/Config/").string()}), 0);
+  EXPECT_EQ(out, fs::canonical(m_folder / "app/Config").string() + "\n");
+  const std::string missing = (m_folder / "k\xc3\xb6nig").string();
   EXPECT_EQ(Run({"path", "command-line", missing}), 1);
   EXPECT_EQ(out, "");
   EXPECT_EQ(err, "cfgdeck: 0xe1380009: The folder specified using /F on the command line is not valid:\r\n\r\n'" +
@@ -77,7 +73,7 @@ TEST_F(NPathCommandsTest, UnderExeAndCommandLinePrintTheFolderOrWhyNot) {
 }
 
 TEST_F(NPathCommandsTest, RedirectReportsTheNoticeAndSaveAndRememberedRoundTrip) {
-  const fs::path old = m_dir / "old";
+  const fs::path old = m_folder / "old";
   NWriteFileBytes(old / "Global.ini", std::string(kBom) + "S:\"Version\"=2.0\r\n");
   NWriteFileBytes(old / "NSWRedirect.ini", std::string(kBom) + "S:\"New Config Path\"=/srv/new\r\n");
   EXPECT_EQ(Run({"path", "remembered"}), 1);

@@ -48,19 +48,18 @@ TEST_F(NFormTest, StoresOnlyChangedControlsAndDiscardLeavesTheRecordAlone) {
 
 TEST_F(NFormTest, RefusedEditsLeaveTheControlAsItWas) {
   m_form.Load();
-  struct Case {
+  const struct {
     const char* what;
     NFormControl* control;
     NControlValue value;
     NEditResult expected;
-  };
-  const Case cases[] = {
+  } cases[] = {
       {"below the range", &m_widthBox, std::int64_t{9}, NEditResult::kOutOfRange},
       {"above the range", &m_widthBox, std::int64_t{201}, NEditResult::kOutOfRange},
       {"a text for a number", &m_widthBox, NUnicodeString(u"90"), NEditResult::kWrongKind},
       {"not an item", &m_placeBox, std::int64_t{2}, NEditResult::kNotAChoice},
   };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     const NControlValue before = c.control->Value();
     EXPECT_EQ(c.control->SetValue(c.value), c.expected) << c.what;
     EXPECT_EQ(c.control->Value(), before) << c.what;

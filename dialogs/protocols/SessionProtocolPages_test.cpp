@@ -45,8 +45,7 @@ const Edit kEdits[] = {
 
 TEST(SessionProtocolPagesTest, EachRegisteredPageIsTitledByItsProtocolAndStoresIntoItsOwnFields) {
   NConfigTestFolder folder;
-  auto key = folder.Key("Sessions\\s");
-  ASSERT_TRUE(key->SetDwordValue(u"Is Session", 1) && key->Flush());
+  folder.Write("Sessions\\s", {{u"Is Session", 1}});
   NReportMessageParams params;
   auto session = NUnknownPointer<ISessionConfig>::Adopt(NOpenSession(u"s", false, params));
   ASSERT_TRUE(session) << params.GetText().ToUtf8();

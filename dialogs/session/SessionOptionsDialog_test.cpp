@@ -41,11 +41,8 @@ class SessionOptionsDialogTest : public testing::Test {
   }
 
   void MakeSession(const std::string& path, std::u16string_view protocol, std::u16string_view transfer) {
-    auto key = m_folder.Key("Sessions\\" + path);
-    key->SetDwordValue(u"Is Session", 1);
-    key->SetStringValue(u"Protocol Name", protocol);
-    key->SetStringValue(u"File Transfer Protocol Name", transfer);
-    ASSERT_TRUE(key->Flush());
+    m_folder.Write("Sessions\\" + path,
+                   {{u"Is Session", 1}, {u"Protocol Name", protocol}, {u"File Transfer Protocol Name", transfer}});
   }
 
   NUnknownPointer<ISessionConfig> Open(std::u16string_view path) {

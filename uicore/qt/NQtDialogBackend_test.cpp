@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QColorDialog>
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QFileDialog>
@@ -22,35 +23,23 @@
 #include <atomic>
 #include <chrono>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <ostream>
-#include <sstream>
 #include <thread>
 
 #include "config/NConfigEntry.h"
 #include "config/NConfigTestFolder.h"
 #include "dialogs/DemoOptionsDialog.h"
+#include "dialogs/global/GlobalOptionsDialog.h"
 #include "dialogs/session/SessionOptionsDialog.h"
+#include "platform/testing/NTestFiles.h"
 #include "uicore/NAppName.h"
 #include "uicore/NHeadlessDialogBackend.h"
 #include "uicore/NProgressDialog.h"
 #include "uicore/NPropertyTreeDialog.h"
 #include "uicore/qt/NQtScreenshots.h"
 #include "uicore/qt/NQtText.h"
-
-namespace {
-
-template <typename T>
-struct TestField {
-  T value{};
-  T def{};
-  const T& Get() const { return value; }
-  const T& Default() const { return def; }
-  void Set(T v) { value = std::move(v); }
-};
-
-}  // namespace
+#include "uicore/testing/NTestField.h"
 
 // Failures show Qt's strings as text, not as bytes.
 QT_BEGIN_NAMESPACE
@@ -66,19 +55,19 @@ const QString kFiles = QStringLiteral("Files/Sounds");
 const NUnicodeString kLockReason = u"Set by your administrator";
 
 struct Settings {
-  TestField<bool> toolbar{false, true};  // starts away from its default
-  TestField<NUnicodeString> user{u"ann", u"ann"};
-  TestField<bool> filter;
-  TestField<int> delay{250, 250};
-  TestField<NUnicodeString> theme{u"light", u"light"};
-  TestField<std::int64_t> accent{0x0080FF, 0x0080FF};
-  TestField<int> tabs{0, 0};
-  TestField<NUnicodeString> password;
-  TestField<NUnicodeString> proxy{u"proxy.example:8080", u""};
-  TestField<bool> remember;
-  TestField<NUnicodeString> bell{u"/usr/share/sounds/bell.wav", u""};
-  TestField<NUnicodeString> downloads;
-  TestField<NStringArray> hosts;
+  NTestField<bool> toolbar{false, true};  // starts away from its default
+  NTestField<NUnicodeString> user{u"ann", u"ann"};
+  NTestField<bool> filter;
+  NTestField<int> delay{250, 250};
+  NTestField<NUnicodeString> theme{u"light", u"light"};
+  NTestField<std::int64_t> accent{0x0080FF, 0x0080FF};
+  NTestField<int> tabs{0, 0};
+  NTestField<NUnicodeString> password;
+  NTestField<NUnicodeString> proxy{u"proxy.example:8080", u""};
+  NTestField<bool> remember;
+  NTestField<NUnicodeString> bell{u"/usr/share/sounds/bell.wav", u""};
+  NTestField<NUnicodeString> downloads;
+  NTestField<NStringArray> hosts;
 };
 
 // A page that can refuse to let another one become current.
@@ -168,13 +157,18 @@ W* Control(QDialog& window, const QString& page, const QString& label) {
   return pageWidget ? pageWidget->findChild<W*>(label) : nullptr;
 }
 
-QLabel* Caption(QDialog& window, const QString& page, const QString& text) {
-  auto* pageWidget = window.findChild<QWidget*>(page);
-  if (!pageWidget) return nullptr;
-  for (QLabel* label : pageWidget->findChildren<QLabel*>()) {
-    if (label->text() == text) return label;
+// The first of `items` (widgets or actions) that shows `text`.
+template <typename T>
+T* WithText(const QList<T*>& items, const QString& text) {
+  for (T* item : items) {
+    if (item->text() == text) return item;
   }
   return nullptr;
+}
+
+QLabel* Caption(QDialog& window, const QString& page, const QString& text) {
+  auto* pageWidget = window.findChild<QWidget*>(page);
+  return pageWidget ? WithText(pageWidget->findChildren<QLabel*>(), text) : nullptr;
 }
 
 QStringList TreeTitles(QDialog& window) {
@@ -190,7 +184,8 @@ void ClickPage(QDialog& window, const QString& title) {
   QTest::mouseClick(tree->viewport(), Qt::LeftButton, {}, tree->visualItemRect(items[0]).center());
 }
 
-void TypeInto(QLineEdit* edit, const QString& text) {
+template <typename W>  // a line edit or a spin box
+void TypeInto(W* edit, const QString& text) {
   edit->setFocus();
   edit->selectAll();
   QTest::keyClicks(edit, text);
@@ -406,10 +401,7 @@ TEST_F(NQtDialogBackendTest, ResetPageShowsTheDefaultsAndDropsTheModifiedMarks) 
     emit name->customContextMenuRequested(QPoint(2, 2));
     auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
     ASSERT_NE(menu, nullptr) << "General/User name: no context menu";
-    QAction* resetOne = nullptr;
-    for (QAction* action : menu->actions()) {
-      if (action->text() == "Reset to default") resetOne = action;
-    }
+    QAction* resetOne = WithText(menu->actions(), "Reset to default");
     ASSERT_NE(resetOne, nullptr) << "General/User name: no Reset to default";
     resetOne->trigger();
     menu->close();
@@ -417,10 +409,8 @@ TEST_F(NQtDialogBackendTest, ResetPageShowsTheDefaultsAndDropsTheModifiedMarks) 
     EXPECT_FALSE(toolbar->isChecked()) << "General/Show toolbar, reset with User name";
     TypeInto(name, "bob");
 
-    QPushButton* reset = nullptr;
-    for (QPushButton* button : window.findChild<QWidget*>(kGeneral)->findChildren<QPushButton*>()) {
-      if (button->text() == "Reset Page to Defaults") reset = button;
-    }
+    QPushButton* reset =
+        WithText(window.findChild<QWidget*>(kGeneral)->findChildren<QPushButton*>(), "Reset Page to Defaults");
     ASSERT_NE(reset, nullptr) << "General: Reset Page to Defaults";
     QTest::mouseClick(reset, Qt::LeftButton);
     EXPECT_EQ(name->text(), "ann") << "General/User name";
@@ -545,49 +535,32 @@ TEST_F(NQtDialogBackendTest, ScreenshotsShowEveryPageInTreeOrder) {
   }
 }
 
-std::string FileText(const std::filesystem::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
-
 TEST_F(NQtDialogBackendTest, TheDemonstrationDialogSavesOnOkToTheKeyFileAndNothingOnCancel) {
   NConfigTestFolder folder;
   GlobalConfig* global = nullptr;
   GetGlobalConfig(global, 3);
-  const auto edit = [&](QDialog& window, const QString& sound) {
-    ClickPage(window, "Tabs");
-    auto* tabs = Control<QCheckBox>(window, "Tabs", "Show session tabs");
-    ASSERT_NE(tabs, nullptr) << "Tabs/Show session tabs";
-    QTest::mouseClick(tabs, Qt::LeftButton);
-    ClickPage(window, "Files");
-    auto* connectSound = Control<QLineEdit>(window, "Files", "Connect sound");
-    ASSERT_NE(connectSound, nullptr) << "Files/Connect sound";
-    TypeInto(connectSound, sound);
-  };
-  {
+  // Clicks Tabs/Show session tabs, types `sound` into Files/Connect sound
+  // and closes the dialog with `button`.
+  const auto run = [&](const QString& sound, QDialogButtonBox::StandardButton button) {
     DemoOptionsDialog dialog(*global, NPolicy{});
-    EXPECT_EQ(RunDialog(dialog,
-                        [&](QDialog& window) {
-                          edit(window, "ring.wav");
-                          QTest::mouseClick(DialogButton(window, QDialogButtonBox::Ok), Qt::LeftButton);
-                        }),
-              IModalDialog::kOk);
-  }
-  const std::string saved = FileText(folder.Root() / "global.ini");
+    return RunDialog(dialog, [&](QDialog& window) {
+      ClickPage(window, "Tabs");
+      auto* tabs = Control<QCheckBox>(window, "Tabs", "Show session tabs");
+      ASSERT_NE(tabs, nullptr) << "Tabs/Show session tabs";
+      QTest::mouseClick(tabs, Qt::LeftButton);
+      ClickPage(window, "Files");
+      auto* connectSound = Control<QLineEdit>(window, "Files", "Connect sound");
+      ASSERT_NE(connectSound, nullptr) << "Files/Connect sound";
+      TypeInto(connectSound, sound);
+      QTest::mouseClick(DialogButton(window, button), Qt::LeftButton);
+    });
+  };
+  EXPECT_EQ(run("ring.wav", QDialogButtonBox::Ok), IModalDialog::kOk);
+  const std::string saved = NReadFileBytes(folder.Root() / "global.ini");
   EXPECT_NE(saved.find("D:\"Show Session Tabs\"=00000000\r\n"), std::string::npos) << "Tabs/Show session tabs";
   EXPECT_NE(saved.find("S:\"Connect Sound File\"=ring.wav\r\n"), std::string::npos) << "Files/Connect sound";
-  {
-    DemoOptionsDialog dialog(*global, NPolicy{});
-    EXPECT_EQ(RunDialog(dialog,
-                        [&](QDialog& window) {
-                          edit(window, "bell.wav");
-                          QTest::mouseClick(DialogButton(window, QDialogButtonBox::Cancel), Qt::LeftButton);
-                        }),
-              IModalDialog::kCancel);
-  }
-  EXPECT_EQ(FileText(folder.Root() / "global.ini"), saved) << "Cancel changed the key file";
+  EXPECT_EQ(run("bell.wav", QDialogButtonBox::Cancel), IModalDialog::kCancel);
+  EXPECT_EQ(NReadFileBytes(folder.Root() / "global.ini"), saved) << "Cancel changed the key file";
   EXPECT_EQ(global->m_connectSoundFile.Get(), u"ring.wav") << "Cancel changed Files/Connect sound";
   {
     // Every page as it looks over a saved folder, for whoever reads a failure.
@@ -604,11 +577,7 @@ TEST_F(NQtDialogBackendTest, TheSessionOptionsDialogWritesRowsAndHostToTheSessio
   SetParrowInstalled(true);
   GlobalConfig* global = nullptr;
   GetGlobalConfig(global, 3);
-  {
-    auto key = folder.Key("Sessions\\router1");
-    key->SetDwordValue(u"Is Session", 1);
-    ASSERT_TRUE(key->Flush());
-  }
+  folder.Write("Sessions\\router1", {{u"Is Session", 1}});
   NReportMessageParams params;
   ISessionConfig* session = NOpenSession(u"router1", false, params);
   ASSERT_NE(session, nullptr) << params.GetText().ToUtf8();
@@ -619,9 +588,7 @@ TEST_F(NQtDialogBackendTest, TheSessionOptionsDialogWritesRowsAndHostToTheSessio
       ClickPage(window, "Emulation");
       auto* rows = Control<QSpinBox>(window, "Emulation", "Rows");
       ASSERT_NE(rows, nullptr) << "Emulation/Rows";
-      rows->setFocus();
-      rows->selectAll();
-      QTest::keyClicks(rows, "40");
+      TypeInto(rows, "40");
       ClickPage(window, "SSH2");
       auto* host = Control<QLineEdit>(window, "SSH2", "Hostname");
       ASSERT_NE(host, nullptr) << "SSH2/Hostname";
@@ -634,9 +601,47 @@ TEST_F(NQtDialogBackendTest, TheSessionOptionsDialogWritesRowsAndHostToTheSessio
     EXPECT_TRUE(NQtSaveScreenshots(dialog, CFGDECK_SCREENSHOT_DIR "/session", &error)) << error;
   }
   session->Release();
-  const std::string saved = FileText(folder.Root() / "Sessions" / "router1.ini");
+  const std::string saved = NReadFileBytes(folder.Root() / "Sessions" / "router1.ini");
   EXPECT_NE(saved.find("D:\"Rows\"=00000028\r\n"), std::string::npos) << saved;
   EXPECT_NE(saved.find("S:\"Hostname\"=router1.example\r\n"), std::string::npos) << saved;
+  FreeGlobalConfig();
+  SetSkeldonInstalled(false);
+  SetParrowInstalled(false);
+}
+
+TEST_F(NQtDialogBackendTest, TheGlobalOptionsDialogSavesAToggleAndAColourToGlobalIni) {
+  NConfigTestFolder folder;
+  SetSkeldonInstalled(true);
+  SetParrowInstalled(true);
+  GlobalConfig* global = nullptr;
+  GetGlobalConfig(global, 3);
+  {
+    NGlobalDialogInputs inputs;
+    inputs.appName = u"Skeldon";
+    GlobalOptionsDialog dialog(global, inputs, nullptr);
+    const std::intptr_t result = RunDialog(dialog, [&](QDialog& window) {
+      ClickPage(window, "General");
+      auto* toolbar = Control<QCheckBox>(window, "General", "Show toolbar");
+      ASSERT_NE(toolbar, nullptr) << "General/Show toolbar";
+      QTest::mouseClick(toolbar, Qt::LeftButton);
+      ClickPage(window, "Tabs/Tiling");
+      auto* connected = Control<QPushButton>(window, "Tabs/Tiling", "Connected");
+      ASSERT_NE(connected, nullptr) << "Tabs/Tiling/Connected";
+      WhenModal<QColorDialog>([](QColorDialog& picker) {
+        picker.setCurrentColor(QColor(0x12, 0x34, 0x56));
+        picker.accept();
+      });
+      QTest::mouseClick(connected, Qt::LeftButton);
+      QTest::mouseClick(DialogButton(window, QDialogButtonBox::Ok), Qt::LeftButton);
+    });
+    EXPECT_EQ(result, IModalDialog::kOk);
+    SaveGlobalConfig(false);
+    std::string error;
+    EXPECT_TRUE(NQtSaveScreenshots(dialog, CFGDECK_SCREENSHOT_DIR "/global", &error)) << error;
+  }
+  const std::string saved = NReadFileBytes(folder.Root() / "global.ini");
+  EXPECT_NE(saved.find("D:\"Show Toolbar\"=00000001\r\n"), std::string::npos) << saved;
+  EXPECT_NE(saved.find("D:\"Connected Color\"=00563412\r\n"), std::string::npos) << saved;
   FreeGlobalConfig();
   SetSkeldonInstalled(false);
   SetParrowInstalled(false);
