@@ -15,6 +15,7 @@
 #include "dialogs/protocols/NProtocolTable.h"
 #include "location/NPersonalDataFolder.h"
 #include "location/NRegistryBase.h"
+#include "store/NRegistryAccess.h"
 #include "platform/testing/NFakePrinterDevices.h"
 #include "platform/testing/NScopedEnvironment.h"
 #include "printing/PrinterBase.h"
@@ -355,6 +356,21 @@ TEST_F(GlobalOptionsDialogTest, PagesWithOwnStoresSaveThemOnOk) {
   EXPECT_EQ(m_types.lines, (NStringArray{u"txt=notepad.exe", u"pdf=reader.exe"}));
   EXPECT_EQ(m_icons.invalidated, u"log pdf txt ");
   EXPECT_TRUE(typesChanged);
+}
+
+TEST_F(GlobalOptionsDialogTest, PoliciesLockThePasswordsAndUserNamesThePagesShow) {
+  std::unique_ptr<NRegistryKey> policy;
+  ASSERT_TRUE(NGetRegistry().OpenKey(NRegistryHive::kCurrentUser, u"Software\\Policies\\Nerrin", true, &policy));
+  ASSERT_TRUE(policy->SetDword(u"Save Passwords", 0));
+  ASSERT_TRUE(policy->SetDword(u"Save Usernames", 0));
+  Run([](NPropertyTreeDialog& dialog) {
+    const std::pair<std::u16string_view, std::u16string_view> locked[] = {
+        {u"FTP", u"Anonymous password"}, {u"Firewall", u"Password"}, {u"Firewall", u"Username"}};
+    for (const auto& [page, label] : locked) {
+      EXPECT_TRUE(Control(dialog, page, label).LockReason().has_value()) << NUnicodeString(label).ToUtf8();
+    }
+    EXPECT_FALSE(Control(dialog, u"Firewall", u"Hostname").LockReason().has_value());
+  });
 }
 
 TEST_F(GlobalOptionsDialogTest, AReadOnlyConfigurationCannotBeChanged) {
