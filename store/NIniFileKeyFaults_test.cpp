@@ -17,7 +17,7 @@
 #include "platform/testing/NTestFiles.h"
 #include "platform/testing/NWindowsLockPlatform.h"
 #include "store/NIniFileKey.h"
-#include "store/NIniFileKeyFaultsFixture.h"
+#include "store/NIniFileKeyFixture.h"
 #include "store/NIniFileStore.h"
 #include "store/NTextFile.h"
 
@@ -34,15 +34,21 @@ constexpr std::uint32_t kPlainError = 5;  // ERROR_ACCESS_DENIED
 struct NFaultCase {
   const char* name;
   bool withPrivate;
-  NFault fault;
+  NFault fault;  // sticky: every call from the failing one on fails, as in a process that died there
+  // After a failed save, the key is dropped and opened again, as by the next
+  // process; else the same key saves again.
+  bool reopen;
 };
 
 // Names the case in failure messages instead of dumping its bytes.
 void PrintTo(const NFaultCase& param, std::ostream* out) { *out << param.name; }
 
-class NIniFileKeyEachCallTest : public NIniFileKeyFaultsTest, public testing::WithParamInterface<NFaultCase> {};
+class NIniFileKeyEachSaveCallTest : public NIniFileKeyFaultsTest, public testing::WithParamInterface<NFaultCase> {};
+class NIniFileKeyEachLoadCallTest : public NIniFileKeyEachSaveCallTest {};
 
-TEST_P(NIniFileKeyEachCallTest, SaveFailingAtAnyCallLeavesOldOrNewFilesAndASecondSaveCompletesIt) {
+// A failed save leaves the old or the new bytes: at once, when the key
+// saves again; once the key is next opened, with no journal left.
+TEST_P(NIniFileKeyEachSaveCallTest, FailingAtAnyCallLeavesOldOrNewFilesAndASecondSaveCompletesIt) {
   const NFaultCase& param = GetParam();
   const bool withPrivate = param.withPrivate;
   const NKeyFiles old = OldFiles(withPrivate);
@@ -53,78 +59,75 @@ TEST_P(NIniFileKeyEachCallTest, SaveFailingAtAnyCallLeavesOldOrNewFilesAndASecon
     ASSERT_NE(old.personal.find("old secret"), std::string::npos) << "the private file holds the personal values";
   }
 
+  const std::string allNew = withPrivate ? "NN" : "N";
   std::string outcomes;  // per failing call: main file old or new, then the private one
+  int rolledBack = 0;
   int n = 1;
   for (; n <= kMaxCalls; ++n) {
     SCOPED_TRACE("failing call " + std::to_string(n));
     WriteFiles("work", old, withPrivate);
     NFaultPlatform faults(NPlatform::Default());
     auto store = MakeStore("work", withPrivate, faults);
-    NReportMessageParams params;
-    auto key = OpenKey(*store, params);
-    ASSERT_TRUE(key) << params.GetText().ToUtf8();
+    auto key = OpenKey(*store);
+    ASSERT_TRUE(key);
     ChangeValues(*key);
     faults.FailNthOfAny(n, param.fault);
+    NReportMessageParams params;
     const bool saved = key->Flush(params);
     const bool fired = faults.Fired();
     EXPECT_EQ(saved, !fired);
-
-    const NKeyFiles after = ReadFiles("work", withPrivate);
-    const bool mainNew = after.main == fresh.main;
-    EXPECT_TRUE(mainNew || after.main == old.main) << Difference(after.main, fresh.main);
-    const bool privateNew = withPrivate && after.personal == fresh.personal;
-    if (withPrivate) {
-      EXPECT_TRUE(privateNew || after.personal == old.personal) << Difference(after.personal, fresh.personal);
-    }
     if (!fired) {
-      EXPECT_TRUE(mainNew && (privateNew || !withPrivate));
+      EXPECT_EQ(OldOrNew(ReadFiles("work", withPrivate), old, fresh, withPrivate), allNew);
       break;
     }
-    outcomes += ' ';
-    outcomes += std::to_string(n) + ":" + (mainNew ? "N" : "o") + (withPrivate ? (privateNew ? "N" : "o") : "");
+    if (param.reopen) {
+      key.reset();
+      store.reset();
+      rolledBack += OpenAgain("work", withPrivate) == NKeyJournal::Outcome::kRolledBack;
+      EXPECT_FALSE(fs::exists(JournalOf(MainFile("work"))));
+      EXPECT_FALSE(fs::exists(JournalOf(PrivateFile("work"))));
+    }
+    outcomes += ' ' + std::to_string(n) + ':' + OldOrNew(ReadFiles("work", withPrivate), old, fresh, withPrivate);
 
-    if (!saved) {
+    if (!saved && !param.reopen) {
       ExpectNamesAFile(params, "work", withPrivate);
       EXPECT_TRUE(key->IsModified());
       faults.Reset();
       NReportMessageParams again;
       EXPECT_TRUE(key->Flush(again)) << again.GetText().ToUtf8();
-      const NKeyFiles retried = ReadFiles("work", withPrivate);
-      EXPECT_EQ(retried.main, fresh.main) << Difference(retried.main, fresh.main);
-      EXPECT_EQ(retried.personal, fresh.personal) << Difference(retried.personal, fresh.personal);
+      EXPECT_EQ(OldOrNew(ReadFiles("work", withPrivate), old, fresh, withPrivate), allNew) << "saved again";
     }
   }
   ASSERT_LE(n, kMaxCalls) << "the fault kept firing";
   // Open, lock, stat, read, reserve, truncate, write, sync and unlock at least.
   EXPECT_GT(n, 9);
-  std::cout << "[ outcomes ] failing call:main" << (withPrivate ? "+private" : "") << " file (o: old, N: new):"
-            << outcomes << "\n";
+  if (param.fault.sticky) {
+    EXPECT_GT(rolledBack, 0) << "no stop landed between the cut and the end of the write";
+  }
+  std::cout << "[ outcomes ] " << param.name << ", failing call:main" << (withPrivate ? "+private" : "")
+            << " file (o: old, N: new):" << outcomes << "\n";
 }
 
-TEST_P(NIniFileKeyEachCallTest, LoadFailingAtAnyCallReportsItOrLoadsEverything) {
+TEST_P(NIniFileKeyEachLoadCallTest, FailingAtAnyCallReportsItOrLoadsEverything) {
   const NFaultCase& param = GetParam();
   const bool withPrivate = param.withPrivate;
   const NKeyFiles files = NewFiles(OldFiles(withPrivate), withPrivate);
   ASSERT_GT(files.main.size(), 2 * NTextFile::kBlockSize) << "the load must take several reads";
   WriteFiles("work", files, withPrivate);
-  std::string expected;
-  {
-    auto store = MakeStore("work", withPrivate, NPlatform::Default());
-    NReportMessageParams params;
-    auto key = OpenKey(*store, params);
-    ASSERT_TRUE(key) << params.GetText().ToUtf8();
-    expected = Dump(*key);
-    ASSERT_NE(expected.find("new secret"), std::string::npos);
-  }
+  const auto store = MakeStore("work", withPrivate, NPlatform::Default());
+  const auto loaded = OpenKey(*store);
+  ASSERT_TRUE(loaded);
+  const std::string expected = Dump(*loaded);
+  ASSERT_NE(expected.find("new secret"), std::string::npos);
 
   int n = 1;
   for (; n <= kMaxCalls; ++n) {
     SCOPED_TRACE("failing call " + std::to_string(n));
     NFaultPlatform faults(NPlatform::Default());
-    auto store = MakeStore("work", withPrivate, faults);
+    auto failing = MakeStore("work", withPrivate, faults);
     faults.FailNthOfAny(n, param.fault);
     NReportMessageParams params;
-    auto key = OpenKey(*store, params);
+    auto key = OpenKey(*failing, params);
     const bool fired = faults.Fired();
     if (key) {
       EXPECT_EQ(Dump(*key), expected) << "a partial load";
@@ -142,13 +145,24 @@ TEST_P(NIniFileKeyEachCallTest, LoadFailingAtAnyCallReportsItOrLoadsEverything) 
   EXPECT_GT(n, 4);  // open, lock, stat, read and unlock at least
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Faults, NIniFileKeyEachCallTest,
-    testing::Values(NFaultCase{"PlainError", false, {.error = kPlainError}},
-                    NFaultCase{"FullDiskShortWrite", false, {.error = NStatus::kDiskFull, .shortWrite = true}},
-                    NFaultCase{"PrivatePlainError", true, {.error = kPlainError}},
-                    NFaultCase{"PrivateFullDiskShortWrite", true, {.error = NStatus::kDiskFull, .shortWrite = true}}),
-    [](const testing::TestParamInfo<NFaultCase>& param) { return std::string(param.param.name); });
+constexpr NFault kFullDisk{.error = NStatus::kDiskFull, .shortWrite = true};
+constexpr NFault kFullDiskForGood{.error = NStatus::kDiskFull, .sticky = true, .shortWrite = true};
+const NFaultCase kFaultCases[] = {
+    {"PlainError", false, {.error = kPlainError}, false},
+    {"FullDiskShortWrite", false, kFullDisk, false},
+    {"FullDiskForGood", false, kFullDiskForGood, true},
+    {"PrivatePlainError", true, {.error = kPlainError}, false},
+    {"PrivateFullDiskShortWrite", true, kFullDisk, false},
+    {"PrivateFullDiskForGood", true, kFullDiskForGood, true},
+    // For saves alone: how a failed load goes on does not depend on it.
+    {"FullDiskReopened", false, kFullDisk, true},
+    {"PrivateFullDiskReopened", true, kFullDisk, true},
+};
+std::string CaseName(const testing::TestParamInfo<NFaultCase>& param) { return param.param.name; }
+
+INSTANTIATE_TEST_SUITE_P(Faults, NIniFileKeyEachSaveCallTest, testing::ValuesIn(kFaultCases), CaseName);
+INSTANTIATE_TEST_SUITE_P(Faults, NIniFileKeyEachLoadCallTest, testing::ValuesIn(kFaultCases, kFaultCases + 6),
+                         CaseName);
 
 // ---- A full disk ---------------------------------------------------------------
 
@@ -164,14 +178,14 @@ TEST_F(NIniFileKeyFaultsTest, FullDiskAtAnyReserveLeavesEveryFileWholeAndUncut) 
     WriteFiles("work", old, c.withPrivate);
     NFaultPlatform faults(NPlatform::Default());
     auto store = MakeStore("work", c.withPrivate, faults);
-    NReportMessageParams params;
-    auto key = OpenKey(*store, params);
-    ASSERT_TRUE(key) << params.GetText().ToUtf8();
+    auto key = OpenKey(*store);
+    ASSERT_TRUE(key);
     ChangeValues(*key);
     faults.Reset();
     faults.FailNth(NFaultKind::kReserve, c.failingReserve, NStatus::kDiskFull, true);
     // The disk stays full: a second try fails the same way.
     for (int attempt = 0; attempt < 2; ++attempt) {
+      NReportMessageParams params;
       EXPECT_FALSE(key->Flush(params));
       ExpectNamesAFile(params, "work", c.withPrivate);
     }
@@ -187,8 +201,7 @@ TEST_F(NIniFileKeyFaultsTest, FullDiskAtAnyReserveLeavesEveryFileWholeAndUncut) 
 // ---- Windows lock rules --------------------------------------------------------
 
 // Holds the first Write made through it after Arm until Release, so that
-// another thread can act while a save holds its exclusive lock; counts Lock
-// calls, so that a test knows when another thread is waiting for one.
+// another thread can act while a save holds its exclusive lock.
 class NPausingPlatform final : public NForwardingPlatform {
  public:
   using NForwardingPlatform::NForwardingPlatform;
@@ -207,14 +220,6 @@ class NPausingPlatform final : public NForwardingPlatform {
   bool WaitUntilPaused() {
     std::unique_lock lock(m_mutex);
     return m_changed.wait_for(lock, 10s, [this] { return m_paused; });
-  }
-  bool WaitForLockCalls(int count) {
-    std::unique_lock lock(m_mutex);
-    return m_changed.wait_for(lock, 10s, [&] { return m_lockCalls >= count; });
-  }
-  int LockCalls() {
-    std::lock_guard lock(m_mutex);
-    return m_lockCalls;
   }
   void Release() {
     std::lock_guard lock(m_mutex);
@@ -238,7 +243,6 @@ class NPausingPlatform final : public NForwardingPlatform {
     NStatus Reserve(std::uint64_t length) override { return m_file->Reserve(length); }
     NStatus Lock(std::uint64_t offset, std::uint64_t length, NLockKind kind,
                  std::chrono::milliseconds timeout) override {
-      m_platform.CountLock();
       return m_file->Lock(offset, length, kind, timeout);
     }
     NStatus Unlock(std::uint64_t offset, std::uint64_t length) override { return m_file->Unlock(offset, length); }
@@ -258,18 +262,12 @@ class NPausingPlatform final : public NForwardingPlatform {
     m_changed.notify_all();
     m_changed.wait(lock, [this] { return m_released; });
   }
-  void CountLock() {
-    std::lock_guard lock(m_mutex);
-    ++m_lockCalls;
-    m_changed.notify_all();
-  }
 
   std::mutex m_mutex;
   std::condition_variable m_changed;
   bool m_armed = false;
   bool m_paused = false;
   bool m_released = false;
-  int m_lockCalls = 0;
 };
 
 class NIniFileKeyWindowsRulesTest : public NIniFileKeyFaultsTest {
@@ -285,18 +283,14 @@ TEST_F(NIniFileKeyWindowsRulesTest, LoadSaveAndReloadFollowTheRulesWithAndWithou
     EmptyFolder("work");
     WriteFiles("work", old, withPrivate);
     auto store = MakeStore("work", withPrivate, m_windows);
-    NReportMessageParams params;
-    auto key = OpenKey(*store, params);
-    ASSERT_TRUE(key) << params.GetText().ToUtf8();
-    NUnicodeString text;
-    EXPECT_TRUE(key->GetStringValue(u"Password", &text));
-    EXPECT_EQ(text, u"old secret");
+    auto key = OpenKey(*store);
+    ASSERT_TRUE(key);
+    EXPECT_EQ(String(*key, u"Password"), u"old secret");
 
+    NReportMessageParams params;
     ChangeValues(*key);
     ASSERT_TRUE(key->Flush(params)) << params.GetText().ToUtf8();
-    const NKeyFiles after = ReadFiles("work", withPrivate);
-    EXPECT_EQ(after.main, fresh.main) << Difference(after.main, fresh.main);
-    EXPECT_EQ(after.personal, fresh.personal) << Difference(after.personal, fresh.personal);
+    EXPECT_EQ(OldOrNew(ReadFiles("work", withPrivate), old, fresh, withPrivate), withPrivate ? "NN" : "N");
 
     const std::string saved = Dump(*key);
     ASSERT_TRUE(key->SetDwordValue(u"Port", 1));
@@ -326,15 +320,12 @@ TEST_F(NIniFileKeyWindowsRulesTest, TwoKeysOfOneFileSavedInTurnMergeUnderTheRule
     ASSERT_TRUE(second->DeleteValue(u"Doomed"));
     ASSERT_TRUE(second->Flush(params)) << params.GetText().ToUtf8();
 
-    auto reader = OpenKey(*store, params);
-    ASSERT_TRUE(reader) << params.GetText().ToUtf8();
-    std::uint32_t value = 0;
-    NUnicodeString text;
-    EXPECT_TRUE(reader->GetDwordValue(u"First", &value));
-    EXPECT_TRUE(reader->GetDwordValue(u"Second", &value));
-    EXPECT_FALSE(reader->GetDwordValue(u"Doomed", &value));
-    EXPECT_TRUE(reader->GetStringValue(u"Password", &text));
-    EXPECT_EQ(text, u"from first");
+    auto reader = OpenKey(*store);
+    ASSERT_TRUE(reader);
+    EXPECT_EQ(Dword(*reader, u"First"), 1u);
+    EXPECT_EQ(Dword(*reader, u"Second"), 2u);
+    EXPECT_EQ(Dword(*reader, u"Doomed"), 0xDEADBEEFu) << "deleted";
+    EXPECT_EQ(String(*reader, u"Password"), u"from first");
     EXPECT_EQ(Dump(*reader), Dump(*second)) << "the second writer holds the merged values";
   }
 }
@@ -344,15 +335,16 @@ TEST_F(NIniFileKeyWindowsRulesTest, LoadWaitsForASaveHoldingTheLockAndSeesItsWho
   const NKeyFiles fresh = NewFiles(old, false);
   WriteFiles("work", old, false);
   NPausingPlatform pausing(m_windows);
-  auto store = MakeStore("work", false, pausing);
-  NReportMessageParams writerParams;
-  auto writer = OpenKey(*store, writerParams);
-  ASSERT_TRUE(writer) << writerParams.GetText().ToUtf8();
+  NFaultPlatform counting(pausing);  // counts Lock calls, to know when the reader waits for one
+  auto store = MakeStore("work", false, counting);
+  auto writer = OpenKey(*store);
+  ASSERT_TRUE(writer);
   ChangeValues(*writer);
   const std::string expected = Dump(*writer);
 
   pausing.Arm();
   std::atomic<bool> saved = false;
+  NReportMessageParams writerParams;
   std::thread writerThread([&] { saved = writer->Flush(writerParams); });
   const bool paused = pausing.WaitUntilPaused();
   EXPECT_TRUE(paused) << "the save never wrote";
@@ -362,13 +354,16 @@ TEST_F(NIniFileKeyWindowsRulesTest, LoadWaitsForASaveHoldingTheLockAndSeesItsWho
   NReportMessageParams readerParams;
   std::thread readerThread;
   if (paused) {
-    const int locksBefore = pausing.LockCalls();
+    const int locksBefore = counting.CallCount(NFaultKind::kLock);
     readerThread = std::thread([&] {
       reader = OpenKey(*store, readerParams);
       loaded = true;
     });
-    // The reader has asked for its lock; give it time to be wrongly granted.
-    EXPECT_TRUE(pausing.WaitForLockCalls(locksBefore + 1));
+    // Once the reader has asked for its lock, give it time to be wrongly granted.
+    for (int waited = 0; waited < 10'000 && counting.CallCount(NFaultKind::kLock) == locksBefore; ++waited) {
+      std::this_thread::sleep_for(1ms);
+    }
+    EXPECT_GT(counting.CallCount(NFaultKind::kLock), locksBefore);
     std::this_thread::sleep_for(100ms);
     EXPECT_FALSE(loaded) << "a load went ahead while a save held the exclusive lock";
   }

@@ -11,7 +11,7 @@
 #include "platform/NPlatform.h"
 #include "platform/testing/NFaultPlatform.h"
 #include "platform/testing/NTestFiles.h"
-#include "store/NIniFileKeyFaultsFixture.h"
+#include "store/NIniFileKeyFixture.h"
 
 namespace {
 
@@ -22,7 +22,7 @@ class NIniFileKeyFullDiskTest : public NIniFileKeyFaultsTest {
     NIniFileKeyFaultsTest::SetUp();
     if (HasFatalFailure()) return;
     if (::geteuid() != 0) GTEST_SKIP() << "mounting a small tmpfs needs root";
-    m_mount = m_base / "tmpfs";
+    m_mount = m_folder / "tmpfs";
     fs::create_directory(m_mount);
     if (::mount("tmpfs", m_mount.c_str(), "tmpfs", MS_NOSUID | MS_NODEV, "size=64k") != 0) {
       GTEST_SKIP() << "cannot mount a tmpfs here: " << std::strerror(errno);
@@ -49,13 +49,11 @@ class NIniFileKeyFullDiskTest : public NIniFileKeyFaultsTest {
 
 TEST_F(NIniFileKeyFullDiskTest, SaveThatDoesNotFitFailsAndLeavesTheOldFileWhole) {
   NFaultPlatform counter(NPlatform::Default());
-  NIniFileStoreOptions options;
-  options.syncOnSave = true;
-  NIniFileStore store(Native(m_mount / "store"), NUnicodeString(), counter, options);
-  NReportMessageParams params;
-  auto key = OpenKey(store, params);
-  ASSERT_TRUE(key) << params.GetText().ToUtf8();
+  NIniFileStore store(UnicodePath(m_mount / "store"), NUnicodeString(), counter);
+  auto key = OpenKey(store);
+  ASSERT_TRUE(key);
   SetOldValues(*key);
+  NReportMessageParams params;
   ASSERT_TRUE(key->Flush(params)) << params.GetText().ToUtf8();
   const fs::path file = m_mount / "store" / "Sessions" / "lab.ini";
   const std::string old = NReadFileBytes(file);
@@ -88,18 +86,15 @@ TEST_F(NIniFileKeyFullDiskTest, SaveThatDoesNotFitFailsAndLeavesTheOldFileWhole)
 // the old content does not: the save fails before the cut.
 TEST_F(NIniFileKeyFullDiskTest, SaveWhoseJournalDoesNotFitFailsBeforeTheCut) {
   NFaultPlatform counter(NPlatform::Default());
-  NIniFileStore store(Native(m_mount / "store"), NUnicodeString(), counter);
-  NReportMessageParams params;
-  auto key = OpenKey(store, params);
-  ASSERT_TRUE(key) << params.GetText().ToUtf8();
+  NIniFileStore store(UnicodePath(m_mount / "store"), NUnicodeString(), counter);
+  auto key = OpenKey(store);
+  ASSERT_TRUE(key);
   ASSERT_TRUE(key->SetStringValue(u"Big", NUnicodeString::FromUtf8(std::string(20'000, 'b'))));
+  NReportMessageParams params;
   ASSERT_TRUE(key->Flush(params)) << params.GetText().ToUtf8();
   const fs::path file = m_mount / "store" / "Sessions" / "lab.ini";
   const std::string old = NReadFileBytes(file);
-  {
-    std::ofstream filler(m_mount / "filler", std::ios::binary);
-    filler << std::string(static_cast<std::size_t>(FreeBytes(m_mount) - 4096), 'x');
-  }
+  NWriteFileBytes(m_mount / "filler", std::string(static_cast<std::size_t>(FreeBytes(m_mount) - 4096), 'x'));
   ASSERT_LT(FreeBytes(m_mount), old.size());
 
   ASSERT_TRUE(key->DeleteValue(u"Big"));

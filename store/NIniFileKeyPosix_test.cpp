@@ -15,13 +15,11 @@
 
 #include "location/NReportMessageParams.h"
 #include "platform/NForwardingPlatform.h"
-#include "platform/testing/NTestFiles.h"
 #include "store/NIniFileKey.h"
+#include "store/NIniFileKeyFixture.h"
 #include "store/NIniFileStore.h"
 
 namespace {
-
-namespace fs = std::filesystem;
 
 // Forks a child at every file it opens, as a host starting a program on
 // another thread may between its fork and its exec: until it is stopped, the
@@ -54,46 +52,31 @@ class NForkingPlatform : public NForwardingPlatform {
   std::vector<pid_t> m_children;
 };
 
-class NIniFileKeyPosixTest : public testing::Test {
+class NIniFileKeyPosixTest : public NIniFileKeyFixture {
  protected:
+  // As a host makes the store: with a private root and the default options.
   void SetUp() override {
-    m_base = fs::path(testing::TempDir()) /
-             ("cfgdeck_posix_key_" + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
-    fs::remove_all(m_base);
-    m_root = m_base / "root";
-    fs::create_directories(m_root);
+    NIniFileKeyFixture::SetUp();
+    if (HasFatalFailure()) return;
+    m_store =
+        std::make_unique<NIniFileStore>(NUnicodeString(m_root.u16string()), NUnicodeString(m_personal.u16string()));
   }
-  void TearDown() override { fs::remove_all(m_base); }
-
-  std::unique_ptr<NIniFileKey> Open(std::u16string_view path, NReportMessageParams& params, bool readOnly = true) {
-    if (!m_store) {
-      m_store = std::make_unique<NIniFileStore>(NUnicodeString(m_root.u16string()),
-                                                NUnicodeString((m_base / "personal").u16string()));
-    }
-    NKeyPath keyPath;
-    if (!path.empty() && !keyPath.Append(path)) return nullptr;
-    return NIniFileKey::Open(*m_store, keyPath, readOnly, params);
-  }
-
-  static mode_t ModeOf(const fs::path& path) {
+  static mode_t ModeOf(const std::filesystem::path& path) {
     struct stat st;
     return ::stat(path.c_str(), &st) == 0 ? (st.st_mode & 0777) : 0;
   }
-
-  fs::path m_base, m_root;
-  std::unique_ptr<NIniFileStore> m_store;
 };
 
 TEST_F(NIniFileKeyPosixTest, ThePrivateFileAndTheFoldersMadeForItAreTheOwnersAlone) {
-  NReportMessageParams params;
-  auto key = Open(u"Sessions\\s", params, false);
-  ASSERT_TRUE(key) << params.GetText().ToUtf8();
+  auto key = Open(u"Sessions\\s");
+  ASSERT_TRUE(key);
   ASSERT_TRUE(key->SetStringValue(u"Hostname", u"h"));
   ASSERT_TRUE(key->SetStringValue(u"Password V2", u"secret"));
+  NReportMessageParams params;
   ASSERT_TRUE(key->Flush(params)) << params.GetText().ToUtf8();
-  EXPECT_EQ(ModeOf(m_base / "personal" / "Sessions" / "s.ini"), 0600u);
-  EXPECT_EQ(ModeOf(m_base / "personal" / "Sessions"), 0700u);
-  EXPECT_EQ(ModeOf(m_base / "personal"), 0700u);
+  EXPECT_EQ(ModeOf(m_personal / "Sessions" / "s.ini"), 0600u);
+  EXPECT_EQ(ModeOf(m_personal / "Sessions"), 0700u);
+  EXPECT_EQ(ModeOf(m_personal), 0700u);
 }
 
 TEST_F(NIniFileKeyPosixTest, FoldersDeeperThanAPathCanNameGiveAClearError) {
@@ -117,29 +100,24 @@ TEST_F(NIniFileKeyPosixTest, FoldersDeeperThanAPathCanNameGiveAClearError) {
   ::close(folder);
   ::close(top);
   NReportMessageParams params;
-  EXPECT_FALSE(Open(keyPath + u"k", params, false));
+  EXPECT_FALSE(TryOpen(keyPath + u"k", params));
   EXPECT_NE(params.GetText().ToUtf8().find("too long"), std::string::npos) << params.GetText().ToUtf8();
   // Deleting the tree is refused the same way, and the folder stays usable.
-  auto root = Open(u"", params, false);
-  EXPECT_FALSE(root->DeleteSubKey(NUnicodeString::FromUtf8(name), params));
-  EXPECT_TRUE(Open(u"other", params));
+  EXPECT_FALSE(Open(u"")->DeleteSubKey(NUnicodeString::FromUtf8(name), params));
+  EXPECT_TRUE(Open(u"other", true));
 }
 
 TEST_F(NIniFileKeyPosixTest, UnreadableFilesAreAClearError) {
   if (::geteuid() == 0) GTEST_SKIP() << "root reads every file";
-  NWriteFileBytes(m_root / "locked.ini",
-                  "\xEF\xBB\xBF"
-                  "D:\"a\"=00000001\r\n");
-  fs::permissions(m_root / "locked.ini", fs::perms::none);
+  Write("locked.ini", Bom("D:\"a\"=00000001\r\n"));
+  std::filesystem::permissions(m_root / "locked.ini", std::filesystem::perms::none);
   NReportMessageParams params;
-  EXPECT_FALSE(Open(u"locked", params));
+  EXPECT_FALSE(TryOpen(u"locked", params, true));
   EXPECT_NE(params.GetText().ToUtf8().find("Access is denied"), std::string::npos);
 }
 
 TEST_F(NIniFileKeyPosixTest, ALoadReleasesItsLockWhileAChildStillHoldsTheFile) {
-  NWriteFileBytes(m_root / "k.ini",
-                  "\xEF\xBB\xBF"
-                  "D:\"a\"=00000001\r\n");
+  Write("k.ini", Bom("D:\"a\"=00000001\r\n"));
   NForkingPlatform forking(NPlatform::Default());
   NIniFileStore store(NUnicodeString(m_root.u16string()), NUnicodeString(), forking);
   NKeyPath path;

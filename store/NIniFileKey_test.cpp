@@ -11,6 +11,7 @@
 #include "platform/NUnicode.h"
 #include "platform/testing/NSymbolicLink.h"
 #include "platform/testing/NTestFiles.h"
+#include "store/NIniFileKeyFixture.h"
 #include "store/NIniFileKeyIterator.h"
 #include "store/NIniFileStore.h"
 #include "store/NIniFileStoreFactory.h"
@@ -19,8 +20,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using Listing = std::vector<std::pair<std::string, std::uint32_t>>;
-
-std::string Bom(std::string_view records) { return "\xEF\xBB\xBF" + std::string(records); }
 
 class TraceRecorder final : public NReportMessageRouter {
  public:
@@ -31,70 +30,33 @@ class TraceRecorder final : public NReportMessageRouter {
 TraceRecorder* g_recorder = nullptr;
 NReportMessageRouter* Recorder() { return g_recorder; }
 
-// A store root, its private root, and a folder outside both for planted
-// links to point to.
-class NIniFileKeyTest : public testing::Test {
+// Besides the store's roots, a folder outside both for planted links to
+// point to; the traces the key writes are kept.
+class NIniFileKeyTest : public NIniFileKeyFixture {
  protected:
   void SetUp() override {
-    m_base = fs::path(testing::TempDir()) /
-             ("cfgdeck_key_" + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
-    fs::remove_all(m_base);
-    m_root = m_base / "root";
-    m_personal = m_base / "personal";
-    m_outside = m_base / "outside";
-    fs::create_directories(m_root);
+    NIniFileKeyFixture::SetUp();
+    if (HasFatalFailure()) return;
+    m_outside = m_folder / "outside";
     NWriteFileBytes(m_outside / "secret.ini", Bom("S:\"Password\"=outside\r\n"));
     g_recorder = &m_traces;
     NSetReportMessageRouterGetter(&Recorder);
   }
   void TearDown() override {
     NSetReportMessageRouterGetter(nullptr);
-    fs::remove_all(m_base);
+    NIniFileKeyFixture::TearDown();
   }
 
-  NIniFileStore& Store(bool withPrivate = false) {
-    if (!m_store) {
-      NIniFileStoreOptions options;
-      options.syncOnSave = false;
-      m_store = std::make_unique<NIniFileStore>(
-          NUnicodeString::FromUtf8(m_root.string()),
-          withPrivate ? NUnicodeString::FromUtf8(m_personal.string()) : NUnicodeString(), NPlatform::Default(),
-          options);
-    }
-    return *m_store;
-  }
-
-  std::unique_ptr<NIniFileKey> TryOpen(std::u16string_view path, NReportMessageParams& params, bool readOnly) {
-    NKeyPath keyPath;
-    if (!path.empty() && !keyPath.Append(path)) return nullptr;
-    return NIniFileKey::Open(Store(), keyPath, readOnly, params);
-  }
-  std::unique_ptr<NIniFileKey> Open(std::u16string_view path, bool readOnly = false) {
-    NReportMessageParams params;
-    auto key = TryOpen(path, params, readOnly);
-    EXPECT_TRUE(key) << params.GetText().ToUtf8();
-    return key;
-  }
-
-  void Write(const std::string& relative, std::string_view bytes) { NWriteFileBytes(m_root / relative, bytes); }
-  std::string Read(const std::string& relative) { return NReadFileBytes(m_root / relative); }
-
-  static std::uint32_t Dword(const NProfileKey& key, std::u16string_view name) {
-    std::uint32_t value = 0xDEADBEEF;
-    key.GetDwordValue(name, &value);
-    return value;
-  }
-  static Listing ListAll(NProfileKey& key, bool values) {
-    auto iterator = key.CreateIterator(values);
+  static Listing ListAll(NProfileKeyIterator& iterator) {
     Listing seen;
     NUnicodeString name;
     std::uint32_t kind = 0;
-    while (iterator->Next(&name, &kind)) seen.emplace_back(name.ToUtf8(), kind);
+    while (iterator.Next(&name, &kind)) seen.emplace_back(name.ToUtf8(), kind);
     return seen;
   }
+  static Listing ListAll(NProfileKey& key, bool values) { return ListAll(*key.CreateIterator(values)); }
 
-  fs::path m_base, m_root, m_personal, m_outside;
-  std::unique_ptr<NIniFileStore> m_store;
+  fs::path m_outside;
   TraceRecorder m_traces;
 };
 
@@ -138,9 +100,7 @@ TEST_F(NIniFileKeyTest, RecordsAreWrittenByTheirTemplatesAndReadBack) {
   NStringArray readLines;
   ASSERT_TRUE(again->GetMultiStringValue(u"Lines", &readLines));
   EXPECT_EQ(readLines, lines);
-  NUnicodeString text;
-  ASSERT_TRUE(again->GetStringValue(u"Unicode", &text));
-  EXPECT_EQ(text, u"K\u00f6nig \u65e5\u672c");
+  EXPECT_EQ(String(*again, u"Unicode"), u"K\u00f6nig \u65e5\u672c");
   EXPECT_EQ(Dword(*again, u"Big"), 0xABCDEF01u);
 }
 
@@ -195,11 +155,8 @@ TEST_F(NIniFileKeyTest, NamesAreFoundWhateverTheirLengthScriptOrReadingOrder) {
   }
   Write("names.ini", Bom(file + "D:\"\xC3\xA9\"=000000e9\r\nD:\"\xC3\x83\xC2\xA9\"=000000c3\r\n"));
   auto key = Open(u"names");
-  std::uint32_t value = 0;
   auto expect = [&](std::u16string_view name, std::uint32_t expected) {
-    value = 0;
-    EXPECT_TRUE(key->GetDwordValue(name, &value)) << NUnicodeString(name).ToUtf8();
-    EXPECT_EQ(value, expected) << NUnicodeString(name).ToUtf8();
+    EXPECT_EQ(Dword(*key, name), expected) << NUnicodeString(name).ToUtf8();
   };
   auto written = [](std::size_t i) {
     return static_cast<std::uint32_t>(std::stoul(std::to_string(i + 1), nullptr, 16));
@@ -210,8 +167,8 @@ TEST_F(NIniFileKeyTest, NamesAreFoundWhateverTheirLengthScriptOrReadingOrder) {
   expect(u"\u00c3\u00a9", 0xc3);  // the element tried first holds "\u00e9"
   expect(u"\u00e9", 0xe9);
   expect(u"\u00c3\u00a9", 0xc3);
-  EXPECT_FALSE(key->GetDwordValue(std::u16string(names[20]).substr(1), &value));
-  EXPECT_FALSE(key->GetDwordValue(names[20] + u"\u0100", &value));
+  expect(std::u16string(names[20]).substr(1), 0xDEADBEEF);  // no such name
+  expect(names[20] + u"\u0100", 0xDEADBEEF);
 }
 
 TEST_F(NIniFileKeyTest, SettersRefuseWhatARecordCannotHold) {
@@ -295,16 +252,14 @@ TEST_F(NIniFileKeyTest, PrivateRootReceivesThePersonalValues) {
   EXPECT_EQ(NReadFileBytes(m_personal / "Sessions" / "s.ini"), Bom("S:\"Username\"=u\r\nS:\"Password V2\"=secret\r\n"));
 
   auto again = Open(u"Sessions\\s");
-  NUnicodeString text;
-  ASSERT_TRUE(again->GetStringValue(u"Password V2", &text));
-  EXPECT_EQ(text, u"secret");
+  EXPECT_EQ(String(*again, u"Password V2"), u"secret");
   // Deleting the last personal values empties the private file, so that
   // they do not come back.
   ASSERT_TRUE(again->DeleteValue(u"Password V2"));
   ASSERT_TRUE(again->DeleteValue(u"Username"));
   ASSERT_TRUE(again->Flush());
   EXPECT_EQ(NReadFileBytes(m_personal / "Sessions" / "s.ini"), Bom(""));
-  EXPECT_FALSE(Open(u"Sessions\\s")->GetStringValue(u"Username", &text));
+  EXPECT_EQ(String(*Open(u"Sessions\\s"), u"Username"), u"<missing>");
 }
 
 TEST_F(NIniFileKeyTest, InterruptedSavesAreReportedButLoadedAsWritten) {
@@ -315,9 +270,7 @@ TEST_F(NIniFileKeyTest, InterruptedSavesAreReportedButLoadedAsWritten) {
   EXPECT_EQ(empty->Values().ValueCount(), 0u);
   auto cut = Open(u"cut");
   EXPECT_TRUE(cut->LoadReport().unterminated);
-  NUnicodeString text;
-  ASSERT_TRUE(cut->GetStringValue(u"b", &text));
-  EXPECT_EQ(text, u"par");
+  EXPECT_EQ(String(*cut, u"b"), u"par");
   ASSERT_EQ(m_traces.lines.size(), 2u);
   EXPECT_NE(m_traces.lines[0].find("possibly interrupted save"), std::string::npos);
   EXPECT_NE(m_traces.lines[1].find("cut.ini"), std::string::npos);
@@ -347,11 +300,7 @@ TEST_F(NIniFileKeyTest, ValueIteratorsSortWithoutCaseAndSkipValuesDeletedMeanwhi
   ASSERT_TRUE(key->SetMultiStringValue(u"Gamma", NStringArray()));
   auto iterator = key->CreateIterator(true);
   ASSERT_TRUE(key->DeleteValue(u"beta"));
-  Listing seen;
-  NUnicodeString name;
-  std::uint32_t kind;
-  while (iterator->Next(&name, &kind)) seen.emplace_back(name.ToUtf8(), kind);
-  EXPECT_EQ(seen, (Listing{{"al", 2}, {"Alpha", 1}, {"Gamma", 3}}));
+  EXPECT_EQ(ListAll(*iterator), (Listing{{"al", 2}, {"Alpha", 1}, {"Gamma", 3}}));
 
   auto names = Open(u"names");
   for (const char* spelled : {"Color Scheme V2", "color scheme", "Color Scheme Name", "COLOR", "Colour", "Col\xC3\xA9",
@@ -360,6 +309,7 @@ TEST_F(NIniFileKeyTest, ValueIteratorsSortWithoutCaseAndSkipValuesDeletedMeanwhi
   }
   iterator = names->CreateIterator(true);
   std::vector<std::string> sorted;
+  NUnicodeString name;
   while (iterator->NextName(&name)) sorted.push_back(name.ToUtf8());
   // "color scheme" and "Color Scheme ..." differ beyond the shorter name, so
   // both stay; the order is the iterator's own rule.
@@ -436,7 +386,7 @@ TEST_F(NIniFileKeyTest, ALongWaitForALockIsLoggedAndTheWaitGoesOn) {
   Write("k.ini", Bom("D:\"a\"=00000001\r\n"));
   NIniFileStoreOptions options;
   options.lockWarning = std::chrono::milliseconds(20);
-  NIniFileStore store(NUnicodeString::FromUtf8(m_root.string()), NUnicodeString(), NPlatform::Default(), options);
+  Store(false, options);
   std::unique_ptr<NFile> holder;
   NOpenOptions open;
   open.access = NFileAccess::kReadWrite;
@@ -446,10 +396,7 @@ TEST_F(NIniFileKeyTest, ALongWaitForALockIsLoggedAndTheWaitGoesOn) {
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
     (void)holder->Unlock(0, 4);
   });
-  NKeyPath path;
-  ASSERT_TRUE(path.Append(u"k"));
-  NReportMessageParams params;
-  auto key = NIniFileKey::Open(store, path, true, params);
+  auto key = Open(u"k", true);
   release.join();
   ASSERT_TRUE(key);
   EXPECT_EQ(Dword(*key, u"a"), 1u);
@@ -525,9 +472,7 @@ TEST_F(NIniFileKeyTest, HugeLinesAndManyRecordsLoadCompletely) {
   Write("big.ini", text);
   auto key = Open(u"big", true);
   ASSERT_TRUE(key);
-  NUnicodeString value;
-  ASSERT_TRUE(key->GetStringValue(u"long", &value));
-  EXPECT_EQ(value.size(), std::size_t{10} << 20);
+  EXPECT_EQ(String(*key, u"long").size(), std::size_t{10} << 20);
   EXPECT_EQ(Dword(*key, u"v199999"), 10u);
   EXPECT_EQ(key->Values().ValueCount(), 200001u);
 }
@@ -538,17 +483,9 @@ TEST_F(NIniFileKeyTest, BadEncodingsBecomeReplacementCharacters) {
     std::string bytes;
     std::u16string expected;  // the value of "s"
   } cases[] = {
-      {u"overlong",
-       Bom("S:\"s\"=a\xC0\xAF"
-           "b\r\n"),
-       u"a\uFFFD\uFFFDb"},
+      {u"overlong", Bom("S:\"s\"=a\xC0\xAF\x62\r\n"), u"a\uFFFD\uFFFDb"},
       {u"surrogate", Bom("S:\"s\"=\xED\xA0\x80!\r\n"), u"\uFFFD\uFFFD\uFFFD!"},
-      {u"lone",
-       std::string("\xFF\xFE"
-                   "S\0:\0\"\0s\0\"\0=\0\x00\xD8"
-                   "x\0",
-                   18),
-       u"\uFFFDx"},
+      {u"lone", std::string("\xFF\xFES\0:\0\"\0s\0\"\0=\0\0\xD8x\0", 18), u"\uFFFDx"},
       // Without a mark: the system's ANSI text.
       {u"latin", "S:\"s\"=caf\xE9\r\n", NAnsiToUtf16("caf\xE9")},
   };
@@ -557,9 +494,7 @@ TEST_F(NIniFileKeyTest, BadEncodingsBecomeReplacementCharacters) {
     Write(NUnicodeString(c.key).ToUtf8() + ".ini", c.bytes);
     auto key = Open(c.key, true);
     ASSERT_TRUE(key);
-    NUnicodeString value;
-    ASSERT_TRUE(key->GetStringValue(u"s", &value));
-    EXPECT_EQ(value, c.expected);
+    EXPECT_EQ(String(*key, u"s"), c.expected);
   }
   Write("bomonly.ini", Bom(""));
   auto empty = Open(u"bomonly", true);

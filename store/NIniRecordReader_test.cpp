@@ -288,7 +288,6 @@ TEST(NIniRecordReaderTest, AnInvalidRecordEndsReadingAndKeepsTheRecordsBefore) {
   ExpectReads({
       {"third record", "S:\"a\"=1\r\nD:\"b\"=00000002\r\nS:\"c\"\r\nS:\"d\"=4\r\n",
        "S [a] [1]; D [b] [00000002]; invalid at 3: no '=' after the name"},
-      {"empty line between records", "S:\"a\"=1\r\n\r\nS:\"b\"=2\r\n", "S [a] [1]; invalid at 2: empty line"},
       {"after multi-line values",
        "B:\"a\"=00000002\r\n01\r\n02\r\nZ:\"b\"=00000001\r\n x\r\nQ:\"c\"=1\r\nS:\"d\"=4\r\n",
        "B [a] [2:0102]; Z [b] [1: x]; invalid at 6: kind letter 'Q' is not a kind"},
