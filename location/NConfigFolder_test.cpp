@@ -185,23 +185,17 @@ TEST_F(NConfigFolderTest, CommandLineFolderMustBeADirectory) {
 }
 
 TEST_F(NConfigFolderTest, RedirectAcceptsEmptyPathsNonConfigurationsAndCurrentFolders) {
-  NUnicodeString empty;
-  EXPECT_TRUE(CheckAppConfigPathRedirect(true, &Report, empty));
-  EXPECT_EQ(empty, u"");
-
   const fs::path plain = m_folder / "plain";
   NWriteFileBytes(plain / "notes.txt", "");
   NWriteFileBytes(plain / "NSWRedirect.ini", std::string(kBom) + "S:\"New Config Path\"=/elsewhere\r\n");
-  NUnicodeString path = U16(plain);
-  EXPECT_TRUE(CheckAppConfigPathRedirect(true, &Report, path));
-  EXPECT_EQ(path, U16(plain));
-
   // The current format is never redirected, in any case of the file name.
   const fs::path current = MakeFolder("current", kCurrentVersion, "/elsewhere", "global.ini");
   UseFactoryFor(current);
-  path = U16(current);
-  EXPECT_TRUE(CheckAppConfigPathRedirect(true, &Report, path));
-  EXPECT_EQ(path, U16(current));
+  for (const std::u16string& given : {std::u16string(), U16(plain), U16(current)}) {
+    NUnicodeString path = given;
+    EXPECT_TRUE(CheckAppConfigPathRedirect(true, &Report, path)) << NUnicodeString(given).ToUtf8();
+    EXPECT_EQ(path, given);
+  }
   EXPECT_TRUE(g_reports.empty());
   EXPECT_EQ(Names(current), (std::vector<std::string>{"NSWRedirect.ini", "global.ini"}));
   EXPECT_EQ(GetAppConfigPath(u"Skeldon"), u"");

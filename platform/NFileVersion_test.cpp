@@ -5,10 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <filesystem>
 #include <functional>
 #include <string>
-#include <vector>
 
 #include "platform/NPeVersionReader.h"
 #include "platform/testing/NPeBuilder.h"

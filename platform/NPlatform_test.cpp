@@ -150,6 +150,9 @@ TEST_F(NPlatformTest, FailedCallsReportWin32CodesWithTheOperationAndThePath) {
   WriteText("full/inner", "");
   const std::u16string withNul = Path("a") + u'\0' + u"b";
   std::unique_ptr<NFile> file;
+  // Windows says access denied for writes through a read-only handle; so must every system.
+  const auto readOnly = Open("file", kExistingOnly, NFileAccess::kRead);
+  ASSERT_TRUE(readOnly);
   auto open = [&](const std::u16string& path, NOpenMode mode, NFileAccess access) {
     return Platform().OpenFile(path, {.mode = mode, .access = access}, &file);
   };
@@ -186,6 +189,9 @@ TEST_F(NPlatformTest, FailedCallsReportWin32CodesWithTheOperationAndThePath) {
       {"remove a folder that is not empty", p.RemoveFolder(Path("full")), 145, Path("full")},
       {"remove a file as a folder", p.RemoveFolder(Path("file")), 267, Path("file")},
       {"remove a missing folder", p.RemoveFolder(Path("missing")), 2, Path("missing")},
+      {"write through a read-only handle", readOnly->Write(0, "xyz", 3), 5, Path("file")},
+      {"truncate through a read-only handle", readOnly->Truncate(0), 5, Path("file")},
+      {"reserve through a read-only handle", readOnly->Reserve(4096), 5, Path("file")},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.what);
@@ -201,17 +207,6 @@ TEST_F(NPlatformTest, FailedCallsReportWin32CodesWithTheOperationAndThePath) {
   for (const char* name : {"missing", "moved", "nowhere", "a"}) EXPECT_FALSE(Exists(name)) << name;
   EXPECT_TRUE(fs::is_directory(Native("folder")));
   EXPECT_TRUE(Exists("full/inner"));
-}
-
-TEST_F(NPlatformTest, WritingThroughAReadOnlyHandleFailsAndChangesNothing) {
-  WriteText("data", "abc");
-  auto file = Open("data", kExistingOnly, NFileAccess::kRead);
-  ASSERT_TRUE(file);
-  // Windows says access denied; so must every system.
-  EXPECT_CODE(file->Write(0, "xyz", 3), NStatus::kAccessDenied);
-  EXPECT_CODE(file->Truncate(0), NStatus::kAccessDenied);
-  EXPECT_CODE(file->Reserve(4096), NStatus::kAccessDenied);
-  EXPECT_EQ(ReadText("data"), "abc");
 }
 
 TEST_F(NPlatformTest, OpenModesKeepCutOrRefuseToCreateTheFile) {
@@ -273,8 +268,6 @@ TEST_F(NPlatformTest, NoFollowRefusesASymbolicLinkOnlyAtTheLastComponent) {
   ASSERT_OK(Platform().OpenFile(Path("link"), {}, &file));
   EXPECT_EQ(NReadAll(*file), "keep");
   // noLinks refuses a link anywhere on the way, also when creating.
-  std::u16string canonical;
-  ASSERT_OK(Platform().CanonicalPath(Path("real"), &canonical));
   for (const char* name : {"linked/inside", "linked/new"}) {
     file.reset();
     EXPECT_CODE(Platform().OpenFile(Path(name), {.mode = kCreateIfMissing, .noLinks = true}, &file),
@@ -282,8 +275,6 @@ TEST_F(NPlatformTest, NoFollowRefusesASymbolicLinkOnlyAtTheLastComponent) {
         << name;
   }
   EXPECT_FALSE(Exists("real/new"));
-  ASSERT_OK(Platform().OpenFile(canonical + Platform().PathSeparator() + u"inside", {.noLinks = true}, &file));
-  EXPECT_EQ(NReadAll(*file), "inside");
 }
 
 TEST_F(NPlatformTest, NoLinksOpensAndCreatesWhereNoLinkIs) {
@@ -460,23 +451,21 @@ TEST_F(NPlatformTest, PathKindTellsFilesFoldersAndLinksApart) {
 }
 
 TEST_F(NPlatformTest, NonAsciiNamesRoundTripThroughOpenAndListFolder) {
-  std::vector<std::u16string> names = {u"K\u00f6nig \u65e5\u672c.ini", u"\U0001F600.ini"};
-  std::sort(names.begin(), names.end());
+  const std::vector<NFolderEntry> made = {{u"K\u00f6nig \u65e5\u672c.ini", NPathKind::kFile},
+                                          {u"\U0001F600.ini", NPathKind::kFile}};
   const std::u16string folder = m_folder.u16string() + Platform().PathSeparator();
   std::unique_ptr<NFile> file;
-  for (const std::u16string& name : names) {
-    ASSERT_OK(Platform().OpenFile(folder + name, {.mode = kCreateAlways, .access = NFileAccess::kReadWrite}, &file));
+  for (const NFolderEntry& entry : made) {
+    ASSERT_OK(
+        Platform().OpenFile(folder + entry.name, {.mode = kCreateAlways, .access = NFileAccess::kReadWrite}, &file));
     ASSERT_OK(file->Write(0, "content", 7));
-    EXPECT_TRUE(fs::is_regular_file(m_folder / fs::path(name)));
+    EXPECT_TRUE(fs::is_regular_file(m_folder / fs::path(entry.name)));
   }
   std::vector<NFolderEntry> entries;
   ASSERT_OK(Platform().ListFolder(m_folder.u16string(), &entries));
-  std::vector<std::u16string> listed;
-  for (const NFolderEntry& entry : entries) listed.push_back(entry.name);
-  std::sort(listed.begin(), listed.end());
-  ASSERT_EQ(listed, names);
-  for (const std::u16string& name : listed) {
-    ASSERT_OK(Platform().OpenFile(folder + name, {}, &file));
+  ASSERT_EQ(Sorted(entries), Sorted(made));
+  for (const NFolderEntry& entry : made) {
+    ASSERT_OK(Platform().OpenFile(folder + entry.name, {}, &file));
     EXPECT_EQ(NReadAll(*file), "content");
   }
 }

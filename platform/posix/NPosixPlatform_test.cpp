@@ -188,9 +188,8 @@ TEST_F(NPosixPlatformTest, OwnerOnlyGivesOwnerOnlyModesWhateverTheUmaskAndTheDef
     SCOPED_TRACE("umask " + tag);
     for (NOpenMode mode : {kCreateIfMissing, kCreateAlways}) {
       const std::string name = "file" + tag + "_" + std::to_string(static_cast<int>(mode));
-      std::unique_ptr<NFile> file;
-      ASSERT_OK(Platform().OpenFile(
-          Path(name), {.mode = mode, .access = NFileAccess::kReadWrite, .security = NFileSecurity::kOwnerOnly}, &file));
+      ASSERT_TRUE(OpenOn(Platform(), name,
+                         {.mode = mode, .access = NFileAccess::kReadWrite, .security = NFileSecurity::kOwnerOnly}));
       EXPECT_EQ(ModeOf(name), 0600u) << name;
     }
     ASSERT_OK(Platform().CreateFolder(Path("folder" + tag), NFileSecurity::kOwnerOnly));
@@ -199,8 +198,7 @@ TEST_F(NPosixPlatformTest, OwnerOnlyGivesOwnerOnlyModesWhateverTheUmaskAndTheDef
     for (const std::string& folder : {"chain" + tag, "chain" + tag + "/a", "chain" + tag + "/a/b"}) {
       EXPECT_EQ(ModeOf(folder), 0700u) << folder;
     }
-    std::unique_ptr<NFile> file;
-    ASSERT_OK(Platform().OpenFile(Path("default" + tag), {.mode = kCreateIfMissing}, &file));
+    ASSERT_TRUE(Open("default" + tag));
     ASSERT_OK(Platform().CreateFolder(Path("defaultfolder" + tag)));
     EXPECT_EQ(ModeOf("default" + tag), 0666u & ~mask);
     EXPECT_EQ(ModeOf("defaultfolder" + tag), 0777u & ~mask);
@@ -213,9 +211,8 @@ TEST_F(NPosixPlatformTest, OwnerOnlyLeavesAnExistingFileOrFolderAsItIs) {
   ASSERT_EQ(::mkdir(Native("folder").c_str(), 0755), 0);
   ASSERT_EQ(::chmod(Native("folder").c_str(), 0755), 0);
   for (NOpenMode mode : {kExistingOnly, kCreateIfMissing, kCreateAlways}) {
-    std::unique_ptr<NFile> file;
-    ASSERT_OK(Platform().OpenFile(
-        Path("file"), {.mode = mode, .access = NFileAccess::kReadWrite, .security = NFileSecurity::kOwnerOnly}, &file));
+    ASSERT_TRUE(OpenOn(Platform(), "file",
+                       {.mode = mode, .access = NFileAccess::kReadWrite, .security = NFileSecurity::kOwnerOnly}));
     EXPECT_EQ(ModeOf("file"), 0644u) << "mode " << static_cast<int>(mode);
   }
   ASSERT_OK(Platform().CreateFolderChain(Path("folder/sub"), NFileSecurity::kOwnerOnly));

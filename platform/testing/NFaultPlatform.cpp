@@ -72,18 +72,6 @@ class NFaultPlatform::NFaultFile final : public NFile {
   std::u16string m_path;
 };
 
-void NFaultPlatform::FailNth(NFaultKind kind, int n, std::uint32_t error, bool sticky) {
-  Inject(kind, n, {.error = error, .sticky = sticky});
-}
-
-void NFaultPlatform::FailNth(NFaultKind kind, int n, const NFault& fault) { Inject(kind, n, fault); }
-
-void NFaultPlatform::FailNthOfAny(int n, std::uint32_t error, bool sticky) {
-  Inject(std::nullopt, n, {.error = error, .sticky = sticky});
-}
-
-void NFaultPlatform::FailNthOfAny(int n, const NFault& fault) { Inject(std::nullopt, n, fault); }
-
 void NFaultPlatform::Inject(std::optional<NFaultKind> kind, int n, const NFault& fault) {
   std::lock_guard lock(m_mutex);
   const int now = kind ? m_counts[static_cast<std::size_t>(*kind)] : m_total;

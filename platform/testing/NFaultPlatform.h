@@ -56,12 +56,16 @@ class NFaultPlatform : public NForwardingPlatform {
 
   // Fails the Nth call (1 = the next one) of `kind`, counting from this
   // injection. Injections add up; Reset removes them.
-  void FailNth(NFaultKind kind, int n, std::uint32_t error, bool sticky = false);
-  void FailNth(NFaultKind kind, int n, const NFault& fault);
+  void FailNth(NFaultKind kind, int n, const NFault& fault) { Inject(kind, n, fault); }
+  void FailNth(NFaultKind kind, int n, std::uint32_t error, bool sticky = false) {
+    Inject(kind, n, {.error = error, .sticky = sticky});
+  }
   // Same, counting the calls of all kinds together: looping n = 1, 2, ...
   // until Fired() stays false fails each call of an operation in turn.
-  void FailNthOfAny(int n, std::uint32_t error, bool sticky = false);
-  void FailNthOfAny(int n, const NFault& fault);
+  void FailNthOfAny(int n, const NFault& fault) { Inject(std::nullopt, n, fault); }
+  void FailNthOfAny(int n, std::uint32_t error, bool sticky = false) {
+    Inject(std::nullopt, n, {.error = error, .sticky = sticky});
+  }
 
   // Calls since construction or the last Reset, failed ones included.
   int CallCount(NFaultKind kind) const;

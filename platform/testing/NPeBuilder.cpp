@@ -149,13 +149,9 @@ std::string NPeBuilder::Build(NPeLayout* layout) const {
   const std::uint32_t imageSize =
       kResourceRva + static_cast<std::uint32_t>(AlignUp(rsrc.size() + 1, kSectionAlignment));
   Put16(&file, optional, m_pe32Plus ? 0x20B : 0x10B);
-  Put32(&file, optional + 16, kCodeRva);  // entry point
-  Put32(&file, optional + 20, kCodeRva);  // base of code
-  if (m_pe32Plus) {
-    Put32(&file, optional + 28, 0x00000001);  // image base 0x140000000, high half
-  } else {
-    Put32(&file, optional + 28, 0x00400000);
-  }
+  Put32(&file, optional + 16, kCodeRva);                              // entry point
+  Put32(&file, optional + 20, kCodeRva);                              // base of code
+  Put32(&file, optional + 28, m_pe32Plus ? 0x00000001 : 0x00400000);  // image base; of PE32+, the high half
   Put32(&file, optional + 32, kSectionAlignment);
   Put32(&file, optional + 36, static_cast<std::uint32_t>(kFileAlignment));
   Put16(&file, optional + 40, 6);  // operating system version

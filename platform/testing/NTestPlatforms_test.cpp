@@ -230,9 +230,9 @@ class NWindowsLockPlatformTest : public NTestFolderTest {
   NWindowsLockPlatform m_locks{Real()};
 };
 
-enum class Io { kRead, kWrite, kTruncate, kReserve };
+enum class Io { kRead, kWrite, kTruncate, kReserve, kLockShared, kLockExclusive };
 
-TEST_F(NWindowsLockPlatformTest, IoThroughAHandleObeysTheLocksOfEveryHandle) {
+TEST_F(NWindowsLockPlatformTest, IoAndLocksThroughAHandleObeyTheLocksOfEveryHandle) {
   // The holder locks [4, 8) of a 6-byte file. Reading and writing under the
   // handle's own exclusive lock are left to the store's saves on this platform.
   const struct {
@@ -258,6 +258,14 @@ TEST_F(NWindowsLockPlatformTest, IoThroughAHandleObeysTheLocksOfEveryHandle) {
       {"reserve_over_other_shared", false, kShared, Io::kReserve, 64, 0, NStatus::kLockViolation},
       {"reserve_within_length", false, kExclusive, Io::kReserve, 4, 0, 0},
       {"reserve_over_own_exclusive", true, kExclusive, Io::kReserve, 64, 0, 0},
+      {"other_exclusive_then_shared", false, kExclusive, Io::kLockShared, 6, 4, NStatus::kWaitTimeout},
+      {"other_exclusive_then_exclusive", false, kExclusive, Io::kLockExclusive, 6, 4, NStatus::kWaitTimeout},
+      {"other_shared_then_exclusive", false, kShared, Io::kLockExclusive, 6, 4, NStatus::kWaitTimeout},
+      {"other_shared_then_shared", false, kShared, Io::kLockShared, 6, 4, 0},
+      {"other_exclusive_then_disjoint", false, kExclusive, Io::kLockExclusive, 8, 4, 0},
+      {"own_shared_then_exclusive", true, kShared, Io::kLockExclusive, 6, 4, NStatus::kLockViolation},
+      {"own_exclusive_then_exclusive", true, kExclusive, Io::kLockExclusive, 6, 4, NStatus::kLockViolation},
+      {"own_exclusive_then_shared", true, kExclusive, Io::kLockShared, 6, 4, NStatus::kLockViolation},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
@@ -266,55 +274,25 @@ TEST_F(NWindowsLockPlatformTest, IoThroughAHandleObeysTheLocksOfEveryHandle) {
     ASSERT_TRUE(holder && other);
     ASSERT_OK(holder->Lock(4, 4, row.held, 0ms));
     NFile& actor = row.sameHandle ? *holder : *other;
+    const NLockKind wanted = row.io == Io::kLockShared ? kShared : kExclusive;
+    // A handle refused by its own lock must hear so at once, not at the end of the wait.
+    const auto timeout = row.sameHandle ? 5000ms : 50ms;
     char buffer[8];
     std::size_t read = 0;
+    const auto start = Clock::now();
     const NStatus status = row.io == Io::kRead       ? actor.Read(row.offset, buffer, row.size, &read)
                            : row.io == Io::kWrite    ? actor.Write(row.offset, "xxxxxxxx", row.size)
                            : row.io == Io::kTruncate ? actor.Truncate(row.offset)
-                                                     : actor.Reserve(row.offset);
-    EXPECT_CODE(status, row.expected);
-    if (row.expected != 0) {
-      EXPECT_EQ(status.Path(), Path(row.name));
-      EXPECT_EQ(ReadText(row.name), "012345") << "a refused call changed the file";
-    }
-  }
-}
-
-TEST_F(NWindowsLockPlatformTest, LockRequestsConflictAcrossHandlesAndWithinOne) {
-  // The holder locks [4, 8); the request is for [6, 10) unless disjoint.
-  const struct {
-    const char* name;
-    bool sameHandle;
-    NLockKind held, wanted;
-    bool disjoint;
-    std::uint32_t expected;
-  } rows[] = {
-      {"other_exclusive_then_shared", false, kExclusive, kShared, false, NStatus::kWaitTimeout},
-      {"other_exclusive_then_exclusive", false, kExclusive, kExclusive, false, NStatus::kWaitTimeout},
-      {"other_shared_then_exclusive", false, kShared, kExclusive, false, NStatus::kWaitTimeout},
-      {"other_shared_then_shared", false, kShared, kShared, false, 0},
-      {"other_exclusive_then_disjoint", false, kExclusive, kExclusive, true, 0},
-      {"own_shared_then_exclusive", true, kShared, kExclusive, false, NStatus::kLockViolation},
-      {"own_exclusive_then_exclusive", true, kExclusive, kExclusive, false, NStatus::kLockViolation},
-      {"own_exclusive_then_shared", true, kExclusive, kShared, false, NStatus::kLockViolation},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
-    auto holder = OpenLocked(row.name), other = OpenLocked(row.name);
-    ASSERT_TRUE(holder && other);
-    ASSERT_OK(holder->Lock(4, 4, row.held, 0ms));
-    // A handle refused by its own lock must hear so at once, not at the end of the wait.
-    const auto start = Clock::now();
-    const NStatus status =
-        (row.sameHandle ? *holder : *other).Lock(row.disjoint ? 8 : 6, 4, row.wanted, row.sameHandle ? 5000ms : 50ms);
+                           : row.io == Io::kReserve  ? actor.Reserve(row.offset)
+                                                     : actor.Lock(row.offset, row.size, wanted, timeout);
     const auto waited = Clock::now() - start;
     EXPECT_CODE(status, row.expected);
-    if (row.sameHandle) {
-      EXPECT_LT(waited, 1s);
-    } else if (row.expected != 0) {
-      EXPECT_EQ(status.Path(), Path(row.name));
+    if (row.expected == 0) continue;
+    EXPECT_EQ(status.Path(), Path(row.name));
+    EXPECT_EQ(ReadText(row.name), "012345") << "a refused call changed the file";
+    EXPECT_LT(waited, row.sameHandle ? 1s : 2s);
+    if (row.expected == NStatus::kWaitTimeout) {
       EXPECT_GE(waited, 45ms) << "gave up early";
-      EXPECT_LT(waited, 2s);
     }
   }
 }
