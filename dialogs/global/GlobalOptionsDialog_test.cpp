@@ -3,9 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <optional>
-#include <sstream>
 #include <string>
 
 #include "config/NConfigEntry.h"
@@ -18,6 +15,7 @@
 #include "store/NRegistryAccess.h"
 #include "platform/testing/NFakePrinterDevices.h"
 #include "platform/testing/NScopedEnvironment.h"
+#include "platform/testing/NTestFiles.h"
 #include "printing/PrinterBase.h"
 #include "uicore/NAppName.h"
 #include "uicore/NHeadlessDialogBackend.h"
@@ -46,13 +44,6 @@ class FakeIcons final : public NIconManager {
   void Invalidate(std::u16string_view extension) override { invalidated += NUnicodeString(extension) + u" "; }
   NUnicodeString invalidated;
 };
-
-std::string ReadFile(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
 
 // The Global Options dialog on a real configuration folder and a registry
 // of its own, run headless.
@@ -130,6 +121,9 @@ TEST_F(GlobalOptionsDialogTest, PagesFollowTheInstalledApplicationsTheProductAnd
       "0 Terminal, 1 Appearance, 2 ANSI Color, 2 Advanced, 1 Tabs/Tiling, 1 Printing, 1 Web Browser, "
       "1 TFTP Server, 1 Advanced";
   const std::string transfer = "0 File Transfer, 1 Options, 2 Advanced, 1 View, 1 FTP, 1 TLS, 1 Sound, 1 File Types";
+  const std::string withoutFileTypes = general + ", " + terminal +
+                                       ", 0 File Transfer, 1 Options, 2 Advanced, 1 View, 1 FTP, 1 TLS, 1 Sound, "
+                                       "1 Filters, 0 Firewall";
   struct Row {
     const char* name;
     bool terminalInstalled;
@@ -144,12 +138,8 @@ TEST_F(GlobalOptionsDialogTest, PagesFollowTheInstalledApplicationsTheProductAnd
       {"product 9", true, 9, true, true,
        "0 General, 1 Configuration Paths, " + terminal +
            ", 0 File Transfer, 1 Options, 2 Advanced, 1 FTP, 1 TLS, 1 File Types, 1 Filters, 0 Firewall"},
-      {"no file-type manager", true, 3, false, true,
-       general + ", " + terminal + ", 0 File Transfer, 1 Options, 2 Advanced, 1 View, 1 FTP, 1 TLS, 1 Sound, " +
-           "1 Filters, 0 Firewall"},
-      {"no icon manager", true, 3, true, false,
-       general + ", " + terminal + ", 0 File Transfer, 1 Options, 2 Advanced, 1 View, 1 FTP, 1 TLS, 1 Sound, " +
-           "1 Filters, 0 Firewall"},
+      {"no file-type manager", true, 3, false, true, withoutFileTypes},
+      {"no icon manager", true, 3, true, false, withoutFileTypes},
   };
   for (const Row& row : rows) {
     SetInstalled(row.terminalInstalled, true);
@@ -285,7 +275,7 @@ TEST_F(GlobalOptionsDialogTest, MarginsAreWrittenRoundedToThePrinterFile) {
     }
     EXPECT_TRUE(dialog.PressOk());
   });
-  const std::string file = ReadFile(m_folder.Root() / "PRINTER.CFG");
+  const std::string file = NReadFileBytes(m_folder.Root() / "PRINTER.CFG");
   EXPECT_NE(file.find("S:\"Right Margin\"=0.5\r\n"), std::string::npos) << file;
   EXPECT_NE(file.find("S:\"Top Margin\"=0.334\r\n"), std::string::npos) << file;
   EXPECT_NE(file.find("S:\"Printer Font\"=100,-13,0,0,0,400,0,0,0,0,0,0,0,0,Courier"), std::string::npos) << file;
@@ -304,10 +294,10 @@ TEST_F(GlobalOptionsDialogTest, SeparatingPersonalDataMovesItOnAWorkerAndClearsT
   EXPECT_EQ(Codes(), (std::vector<std::uint32_t>{0x61380028, 0x61380023}));  // asked for, then takes effect
   EXPECT_TRUE(UsePersonalDataPath(u"Skeldon"));
   EXPECT_FALSE(DoPersonalDataMigration(u"Skeldon"));
-  const std::string main = ReadFile(m_folder.Root() / "Sessions" / "lab.ini");
+  const std::string main = NReadFileBytes(m_folder.Root() / "Sessions" / "lab.ini");
   EXPECT_NE(main.find("lab.example"), std::string::npos);
   EXPECT_EQ(main.find("alice"), std::string::npos) << main;
-  EXPECT_NE(ReadFile(personal / "Sessions" / "lab.ini").find("alice"), std::string::npos);
+  EXPECT_NE(NReadFileBytes(personal / "Sessions" / "lab.ini").find("alice"), std::string::npos);
   fs::remove_all(personal);
 }
 
@@ -352,7 +342,7 @@ TEST_F(GlobalOptionsDialogTest, PagesWithOwnStoresSaveThemOnOk) {
         .SetValue(NStringArray{u"txt=notepad.exe", u"pdf=reader.exe"});
     EXPECT_TRUE(dialog.PressOk());
   });
-  EXPECT_NE(ReadFile(m_folder.Root() / "Firewalls" / "Default.ini").find("proxy.example"), std::string::npos);
+  EXPECT_NE(NReadFileBytes(m_folder.Root() / "Firewalls" / "Default.ini").find("proxy.example"), std::string::npos);
   EXPECT_EQ(m_types.lines, (NStringArray{u"txt=notepad.exe", u"pdf=reader.exe"}));
   EXPECT_EQ(m_icons.invalidated, u"log pdf txt ");
   EXPECT_TRUE(typesChanged);
