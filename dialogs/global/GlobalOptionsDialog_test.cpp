@@ -29,19 +29,15 @@ void SetInstalled(bool skeldon, bool parrow) {
   SetParrowInstalled(parrow);
 }
 
-class FakeFileTypes final : public NFileTypeManager {
- public:
+// The host's file-type register and icon cache, recording what the page did.
+struct FakeFileTypes final : NFileTypeManager, NIconManager {
   NStringArray Associations() const override { return lines; }
   bool SetAssociations(const NStringArray& changed) override {
     lines = changed;
     return true;
   }
-  NStringArray lines = {u"txt=notepad.exe", u"log=viewer.exe"};
-};
-
-class FakeIcons final : public NIconManager {
- public:
   void Invalidate(std::u16string_view extension) override { invalidated += NUnicodeString(extension) + u" "; }
+  NStringArray lines = {u"txt=notepad.exe", u"log=viewer.exe"};
   NUnicodeString invalidated;
 };
 
@@ -58,7 +54,7 @@ class GlobalOptionsDialogTest : public testing::Test {
     NClearShownMessageBoxes();
     m_inputs.appName = u"Skeldon";
     m_inputs.fileTypes = &m_types;
-    m_inputs.icons = &m_icons;
+    m_inputs.icons = &m_types;
     m_inputs.printers = &m_printers;
     m_printers.Add(u"Laser", {8.5, 11, 0.25, 0.2, 8.0, 10.6});
     m_printers.SetDefault(u"Laser");
@@ -108,7 +104,6 @@ class GlobalOptionsDialogTest : public testing::Test {
   NScopedEnvironment m_registry{"CFGDECK_REGISTRY_DIR", (m_folder.Root() / "registry").u16string()};
   GlobalConfig* m_global = nullptr;
   FakeFileTypes m_types;
-  FakeIcons m_icons;
   NFakePrinterDevices m_printers;
   NGlobalDialogInputs m_inputs;
   NHeadlessDialogBackend m_backend;
@@ -145,7 +140,7 @@ TEST_F(GlobalOptionsDialogTest, PagesFollowTheInstalledApplicationsTheProductAnd
     SetInstalled(row.terminalInstalled, true);
     SetCurrentAppProductID(row.product);
     m_inputs.fileTypes = row.typeManager ? &m_types : nullptr;
-    m_inputs.icons = row.iconManager ? &m_icons : nullptr;
+    m_inputs.icons = row.iconManager ? &m_types : nullptr;
     EXPECT_EQ(Tree(), row.expected) << row.name;
   }
 }
@@ -176,7 +171,7 @@ TEST_F(GlobalOptionsDialogTest, TheRunningDialogIsReachableOnlyWhileItRuns) {
       if (ok) dialog.PressOk();
     });
     const std::intptr_t result = ShowGlobalOptionsDialog(m_global, u"Skeldon", false, false, false, 96, false, false,
-                                                         nullptr, &m_types, &m_icons, nullptr, &running, false);
+                                                         nullptr, &m_types, &m_types, nullptr, &running, false);
     EXPECT_EQ(result, ok ? IModalDialog::kOk : IModalDialog::kCancel);
     EXPECT_NE(seen, nullptr);
     EXPECT_EQ(running, nullptr);
@@ -344,7 +339,7 @@ TEST_F(GlobalOptionsDialogTest, PagesWithOwnStoresSaveThemOnOk) {
   });
   EXPECT_NE(NReadFileBytes(m_folder.Root() / "Firewalls" / "Default.ini").find("proxy.example"), std::string::npos);
   EXPECT_EQ(m_types.lines, (NStringArray{u"txt=notepad.exe", u"pdf=reader.exe"}));
-  EXPECT_EQ(m_icons.invalidated, u"log pdf txt ");
+  EXPECT_EQ(m_types.invalidated, u"log pdf txt ");
   EXPECT_TRUE(typesChanged);
 }
 
