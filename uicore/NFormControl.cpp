@@ -53,6 +53,13 @@ NFormControl& NFormControl::EnabledWhenChecked(const NFormControl& checkBox) {
   });
 }
 
+NFormControl& NFormControl::EnabledWhenUnchecked(const NFormControl& checkBox) {
+  return EnabledWhen([&checkBox] {
+    const bool* ticked = std::get_if<bool>(&checkBox.Value());
+    return ticked && !*ticked;
+  });
+}
+
 NFormControl& NFormControl::LockedWhen(std::function<std::optional<NUnicodeString>()> reason) {
   m_lock = std::move(reason);
   return *this;

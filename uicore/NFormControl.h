@@ -88,6 +88,8 @@ class NFormControl {
   NFormControl& EnabledWhen(std::function<bool()> rule);
   // Enabled only while `checkBox` shows a tick.
   NFormControl& EnabledWhenChecked(const NFormControl& checkBox);
+  // Enabled only while `checkBox` shows no tick (once its form is loaded).
+  NFormControl& EnabledWhenUnchecked(const NFormControl& checkBox);
   // Locked while `reason` gives one: shown disabled with the reason, and
   // never written to its field.
   NFormControl& LockedWhen(std::function<std::optional<NUnicodeString>()> reason);

@@ -32,10 +32,7 @@ GlobalGeneralPage::GlobalGeneralPage(GlobalConfig& global, NUnicodeString appNam
   form.Group(u"Main window");
   form.CheckBox(u"Show toolbar", global.m_showToolbar);
   NFormControl& menuBar = form.CheckBox(u"Show menu bar", global.m_showMenuBar);
-  form.CheckBox(u"Alt shows a hidden menu bar", global.m_hiddenMenuBarCanBeAccessed).EnabledWhen([&menuBar] {
-    const bool* shown = std::get_if<bool>(&menuBar.Value());
-    return shown && !*shown;
-  });
+  form.CheckBox(u"Alt shows a hidden menu bar", global.m_hiddenMenuBarCanBeAccessed).EnabledWhenUnchecked(menuBar);
   form.CheckBox(u"Show status bar", global.m_showStatusBar);
   form.CheckBox(u"Show window toolbar", global.m_showWindowToolbar);
   const std::vector<NChoiceItem> themes = {

@@ -1,5 +1,6 @@
 #include "dialogs/global/GlobalPrintingPage.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <string>
@@ -58,6 +59,12 @@ GlobalPrintingPage::GlobalPrintingPage(GlobalConfig& global, bool printerAvailab
   if (m_configFolder.empty()) form.Find(u"Printer")->EnabledWhen([] { return false; });
 }
 
+bool GlobalPrintingPage::FileChanged() const {
+  return Form().Find(kPrinterLabel)->IsChanged() ||
+         std::any_of(std::begin(m_marginControls), std::end(m_marginControls),
+                     [](const NFormControl* control) { return control->IsChanged(); });
+}
+
 bool GlobalPrintingPage::ShownMargins(NMarginData* margins) const {
   for (std::size_t i = 0; i < 4; ++i) {
     if (!ParseInches(m_marginControls[i]->Value(), MarginOf(*margins, i))) return false;
@@ -69,10 +76,8 @@ bool GlobalPrintingPage::OnValidate(NPageFailure& failure) {
   if (!NPropertyTreePage::OnValidate(failure)) return false;
   // Settings as they were are not checked again: a printer changed since
   // must not keep the rest of the dialog from being stored.
-  bool fileChanged = Form().Find(kPrinterLabel)->IsChanged();
-  for (const NFormControl* control : m_marginControls) fileChanged = fileChanged || control->IsChanged();
   NMarginData margins;
-  if (!m_printerAvailable || !fileChanged || !ShownMargins(&margins)) return true;
+  if (!m_printerAvailable || !FileChanged() || !ShownMargins(&margins)) return true;
   const NUnicodeString* name = std::get_if<NUnicodeString>(&Form().Find(kPrinterLabel)->Value());
   NReportMessageParams params;
   NUnicodeString printer = name ? *name : NUnicodeString();
@@ -91,8 +96,7 @@ bool GlobalPrintingPage::OnValidate(NPageFailure& failure) {
 }
 
 bool GlobalPrintingPage::OnOK() {
-  bool fileChanged = Form().Find(kPrinterLabel)->IsChanged();
-  for (const NFormControl* control : m_marginControls) fileChanged = fileChanged || control->IsChanged();
+  const bool fileChanged = FileChanged();  // the form forgets its edits once stored
   if (!NPropertyTreePage::OnOK()) return false;
   if (!fileChanged) return true;
   m_settings.printerName = m_printerName.value;

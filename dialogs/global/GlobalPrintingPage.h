@@ -27,6 +27,8 @@ class GlobalPrintingPage final : public NPropertyTreePage {
   bool OnOK() override;
 
  private:
+  // The printer or a margin shows an edit.
+  bool FileChanged() const;
   // The margins the controls show; false when one is not a number.
   bool ShownMargins(NMarginData* margins) const;
 

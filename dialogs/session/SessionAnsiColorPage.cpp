@@ -6,22 +6,12 @@
 
 #include "dialogs/NColorTableEntryBinding.h"
 
-namespace {
-
-bool Unticked(const NFormControl& checkBox) {
-  const bool* ticked = std::get_if<bool>(&checkBox.Value());
-  return ticked && !*ticked;
-}
-
-}  // namespace
-
 SessionAnsiColorPage::SessionAnsiColorPage(ISessionConfig& session, GlobalConfig& global)
     : NPropertyTreePage(u"ANSI Color"), m_global(global) {
   TerminalConfig& terminal = session.Config().m_terminal;
   NForm& form = Form();
   NFormControl& useGlobal = form.CheckBox(u"Use global ANSI colours", terminal.m_useGlobalAnsiColors);
-  const auto own = [&useGlobal] { return Unticked(useGlobal); };
-  form.Group(u"Session palette").EnabledWhen(own);
+  form.Group(u"Session palette").EnabledWhenUnchecked(useGlobal);
   for (std::size_t i = 0; i < m_colours.size(); ++i) {
     m_colours[i] = &form.Bound(NControlKind::kColor, kAnsiColourNames[i],
                                std::make_unique<NColorTableEntryBinding>(terminal.m_ansiColorRgb, i));

@@ -7,8 +7,6 @@ SessionPrintingPage::SessionPrintingPage(ISessionConfig& session, bool printerAv
   if (!printerAvailable) form.Label(u"No printer is available: the settings are kept for when one is.");
   NFormControl& useGlobal = form.CheckBox(u"Use global print settings", config.m_useGlobalPrintSettings);
   form.Number(u"Eject page interval (seconds)", config.m_ejectPageInterval, 0, 3600)
-      .EnabledWhen([&useGlobal, printerAvailable] {
-        const bool* ticked = std::get_if<bool>(&useGlobal.Value());
-        return printerAvailable && ticked && !*ticked;
-      });
+      .EnabledWhen([printerAvailable] { return printerAvailable; })
+      .EnabledWhenUnchecked(useGlobal);
 }

@@ -16,15 +16,12 @@ SessionXModemZModemPage::SessionXModemZModemPage(ISessionConfig& session) : NPro
 
   form.Group(u"Zmodem");
   NFormControl& disable = form.CheckBox(u"Disable Zmodem", config.m_disableZmodem);
-  const auto enabled = [&disable] {
-    const bool* ticked = std::get_if<bool>(&disable.Value());
-    return ticked && !*ticked;
-  };
-  form.Text(u"Receive command", config.m_zmodemReceiveCommand).EnabledWhen(enabled);
-  form.CheckBox(u"Use 32-bit CRC", config.m_zmodemUses32BitCrc).EnabledWhen(enabled);
-  form.CheckBox(u"Force 1024-byte packets", config.m_force1024ForZmodem).EnabledWhen(enabled);
-  form.CheckBox(u"Encode DEL characters", config.m_zmodemEncodesDel).EnabledWhen(enabled);
-  form.CheckBox(u"Lower-case all-caps file names on upload", config.m_zmodemLowerCaseUploads).EnabledWhen(enabled);
-  form.CheckBox(u"Send init when upload starts", config.m_sendZmodemInitWhenUploadStarts).EnabledWhen(enabled);
+  form.Text(u"Receive command", config.m_zmodemReceiveCommand).EnabledWhenUnchecked(disable);
+  form.CheckBox(u"Use 32-bit CRC", config.m_zmodemUses32BitCrc).EnabledWhenUnchecked(disable);
+  form.CheckBox(u"Force 1024-byte packets", config.m_force1024ForZmodem).EnabledWhenUnchecked(disable);
+  form.CheckBox(u"Encode DEL characters", config.m_zmodemEncodesDel).EnabledWhenUnchecked(disable);
+  form.CheckBox(u"Lower-case all-caps file names on upload", config.m_zmodemLowerCaseUploads)
+      .EnabledWhenUnchecked(disable);
+  form.CheckBox(u"Send init when upload starts", config.m_sendZmodemInitWhenUploadStarts).EnabledWhenUnchecked(disable);
   form.EndGroup();
 }
